@@ -1,0 +1,36 @@
+#pragma once
+#include <QObject>
+#include <QTcpServer>
+
+// A listening socket control. Each incoming connection is raised as a connection request
+// carrying its identifier; a request that no handler accepts is refused once the event is over.
+class Listener : public QObject {
+    Q_OBJECT
+public:
+    explicit Listener(QObject* parent = nullptr);
+    // Listens on the port (0: any free port); "Address in use" when it cannot.
+    void listen(quint16 port);
+    void close();
+    bool isListening() const { return server_.isListening(); }
+    quint16 port() const { return server_.serverPort(); }
+    // Marks the request being raised as taken, so it is not refused afterwards.
+    void take(qintptr requestId);
+
+signals:
+    void connectionRequest(qintptr requestId);
+
+private:
+    class Server : public QTcpServer {
+    public:
+        explicit Server(Listener& owner) : owner_(owner) {}
+
+    protected:
+        void incomingConnection(qintptr handle) override { owner_.raise(handle); }
+
+    private:
+        Listener& owner_;
+    };
+    void raise(qintptr handle);
+    Server server_;
+    qintptr raising_ = -1;
+};

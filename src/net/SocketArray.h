@@ -1,0 +1,47 @@
+#pragma once
+// A socket control array: element 0 listens, elements 1..48 are loaded when a connection is
+// accepted and unloaded when it is removed. Using an element that is not loaded raises
+// "Control array element 'N' doesn't exist"; loading one that is raises "Object already
+// loaded" (the 49th connection tries element 0).
+#include "net/Listener.h"
+#include "net/SocketElement.h"
+
+#include <QObject>
+
+#include <array>
+#include <memory>
+
+class SocketArray : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int kMaxIndex = 48;
+    explicit SocketArray(QObject* parent = nullptr);
+
+    Listener& listener() { return listener_; }
+    void listen(quint16 port) { listener_.listen(port); }
+    void closeListener() { listener_.close(); }
+    quint16 port() const { return listener_.port(); }
+
+    bool isLoaded(int index) const;
+    void load(int index);
+    void unload(int index);
+    int state(int index) const;
+    void accept(int index, qintptr requestId);
+    void send(int index, const QByteArray& message);
+    QByteArray readAll(int index);
+    void close(int index);
+    // Loaded elements other than the listener, in index order.
+    std::vector<int> loadedIndices() const;
+    SocketElement& element(int index);
+
+signals:
+    void connectionRequest(int index, qintptr requestId);
+    void dataArrival(int index, qint64 bytes);
+    void closed(int index);
+    void error(int index, int number, const QString& description);
+
+private:
+    const SocketElement& loaded(int index) const;
+    Listener listener_;
+    std::array<std::unique_ptr<SocketElement>, kMaxIndex + 1> elements_;
+};

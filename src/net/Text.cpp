@@ -1,0 +1,98 @@
+#include "net/Text.h"
+
+#include <cmath>
+#include <limits>
+
+namespace text {
+
+VbList<std::string> splitAt(std::string_view s) {
+    VbList<std::string> parts;
+    std::string* last = &parts.append();
+    for (char c : s) {
+        if (c == '@')
+            last = &parts.append();
+        else
+            last->push_back(c);
+    }
+    return parts;
+}
+
+static bool isBlank(char c) { return c == ' ' || c == '\t'; }
+static bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+double leadingNumber(std::string_view s) {
+    size_t i = 0;
+    while (i < s.size() && isBlank(s[i])) ++i;
+    bool negative = false;
+    if (i < s.size() && (s[i] == '+' || s[i] == '-')) negative = s[i++] == '-';
+    double value = 0;
+    bool any = false;
+    while (i < s.size() && isDigit(s[i])) {
+        value = value * 10 + (s[i++] - '0');
+        any = true;
+    }
+    if (i < s.size() && s[i] == '.') {
+        ++i;
+        double scale = 0.1;
+        while (i < s.size() && isDigit(s[i])) {
+            value += (s[i++] - '0') * scale;
+            scale /= 10;
+            any = true;
+        }
+    }
+    if (!any) return 0;
+    return negative ? -value : value;
+}
+
+static double roundHalfEven(double v) {
+    if (!std::isfinite(v)) return v;
+    double r = std::nearbyint(v); // the default rounding mode is to nearest, ties to even
+    return r;
+}
+
+int16_t toInt16(double value) {
+    double r = roundHalfEven(value);
+    if (!(r >= std::numeric_limits<int16_t>::min() && r <= std::numeric_limits<int16_t>::max()))
+        throw errors::overflow();
+    return static_cast<int16_t>(r);
+}
+
+int32_t toInt32(double value) {
+    double r = roundHalfEven(value);
+    if (!(r >= std::numeric_limits<int32_t>::min() && r <= std::numeric_limits<int32_t>::max()))
+        throw errors::overflow();
+    return static_cast<int32_t>(r);
+}
+
+int32_t strictInt32(std::string_view s) {
+    size_t b = 0, e = s.size();
+    while (b < e && isBlank(s[b])) ++b;
+    while (e > b && isBlank(s[e - 1])) --e;
+    std::string_view t = s.substr(b, e - b);
+    size_t i = 0;
+    if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
+    bool digits = false, point = false;
+    for (; i < t.size(); ++i) {
+        if (isDigit(t[i]))
+            digits = true;
+        else if (t[i] == '.' && !point)
+            point = true;
+        else
+            throw errors::typeMismatch();
+    }
+    if (!digits) throw errors::typeMismatch();
+    return toInt32(leadingNumber(t));
+}
+
+std::string mid(std::string_view s, long start, long count) {
+    if (start < 1 || count < 0) throw errors::invalidCall();
+    if (static_cast<size_t>(start) > s.size()) return {};
+    return std::string(s.substr(static_cast<size_t>(start - 1), static_cast<size_t>(count)));
+}
+
+std::string left(std::string_view s, long count) {
+    if (count < 0) throw errors::invalidCall();
+    return std::string(s.substr(0, static_cast<size_t>(count)));
+}
+
+} // namespace text

@@ -1,0 +1,36 @@
+#pragma once
+// Text rules shared by every channel: field splitting at "@", the leading-number rule, and the
+// strict conversions whose failures the routines trap. Protocol text stays single-byte.
+#include "server/VbList.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace text {
+
+// Fields 1..k+1 for k "@" characters; empty fields are kept, there is no escaping.
+VbList<std::string> splitAt(std::string_view s);
+
+// The longest leading decimal number (leading blanks skipped, optional sign and fraction),
+// 0 when there is none.
+double leadingNumber(std::string_view s);
+
+// Rounds to the nearest integer, halves to the even neighbour; "Overflow" outside 16 bits.
+int16_t toInt16(double value);
+// Same, for 32 bits.
+int32_t toInt32(double value);
+// Leading number of the text, rounded into 16 bits.
+inline int16_t leadingInt16(std::string_view s) { return toInt16(leadingNumber(s)); }
+
+// A strict conversion: the whole text (blanks around it allowed) must be a number,
+// else "Type mismatch".
+int32_t strictInt32(std::string_view s);
+
+// Characters from 1-based position start, count of them; a negative count is an invalid call.
+std::string mid(std::string_view s, long start, long count);
+std::string left(std::string_view s, long count);
+
+inline std::string number(long long n) { return std::to_string(n); }
+
+} // namespace text

@@ -1,0 +1,32 @@
+#include "relay/AiSpyLink.h"
+
+#include "net/Framing.h"
+#include "server/Server.h"
+
+AiSpyLink::AiSpyLink(Server& server) : server_(server) {}
+
+void AiSpyLink::WS5_ConnectionRequest(qintptr requestId) {
+    ErrorTrap trap(server_.errorLog(), "WS5_ConnectionRequest");
+    SocketElement& ws4 = server_.WS4();
+    if (ws4.state() == SocketElement::Connected) return;
+    if (ws4.state() != SocketElement::Closed) ws4.close();
+    trap([&] {
+        ws4.accept(requestId);
+        server_.WS5().take(requestId);
+    });
+    server_.display().showAiSpyState(true);
+}
+
+void AiSpyLink::WS4_DataArrival() {
+    ErrorTrap trap(server_.errorLog(), "WS4_DataArrival");
+    QByteArray data = server_.WS4().readAll();
+    ErrorTrap parseTrap(server_.errorLog(), "ParseData4");
+    AiCommands = splitAiArrival(std::string_view(data.constData(), static_cast<size_t>(data.size())), parseTrap);
+}
+
+void AiSpyLink::WS4_Close() { server_.display().showAiSpyState(false); }
+
+void AiSpyLink::WS4_Error() {
+    server_.display().showAiSpyState(false);
+    if (server_.WS4().state() != SocketElement::Closed) server_.WS4().close();
+}

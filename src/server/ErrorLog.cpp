@@ -1,0 +1,15 @@
+#include "server/ErrorLog.h"
+
+#include "server/RuntimeError.h"
+#include "server/Timestamp.h"
+
+#include <QFile>
+
+void ErrorLog::write(const std::string& message) {
+    QFile file(path_);
+    if (!file.open(QIODevice::Append)) throw RuntimeError(75, "Path/File access error");
+    std::string line = logTimestamp() + " -/- Error at " + message + "\r\n";
+    file.write(line.data(), static_cast<qint64>(line.size()));
+    file.close();
+    if (endProgram_) endProgram_();
+}

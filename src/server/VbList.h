@@ -1,0 +1,42 @@
+#pragma once
+// A list with lower bound 0 whose element 0 is present and unused: entries are 1..ubound(),
+// the upper bound is the count, and a bad index raises "Subscript out of range" where the
+// server's routines expect it to.
+#include "server/RuntimeError.h"
+
+#include <vector>
+
+template <typename T> class VbList {
+public:
+    VbList() : items_(1) {}
+    // A list with bounds 0..upper, every element default-valued (a "ReDim").
+    static VbList withUpperBound(long upper) {
+        if (upper < 0) throw errors::subscriptOutOfRange();
+        VbList list;
+        list.items_.resize(static_cast<size_t>(upper) + 1);
+        return list;
+    }
+
+    int ubound() const { return static_cast<int>(items_.size()) - 1; }
+    T& operator[](long i) { return items_[checked(i)]; }
+    const T& operator[](long i) const { return items_[checked(i)]; }
+
+    // Grows by one at the end, keeping the contents; returns the new last element.
+    T& append(T value = T{}) {
+        items_.push_back(std::move(value));
+        return items_.back();
+    }
+    // Grows (or shrinks) to the given upper bound, keeping what fits ("ReDim Preserve").
+    void preserveUpperBound(long upper) {
+        if (upper < 0) throw errors::subscriptOutOfRange();
+        items_.resize(static_cast<size_t>(upper) + 1);
+    }
+    void reset() { items_.assign(1, T{}); }
+
+private:
+    size_t checked(long i) const {
+        if (i < 0 || i >= static_cast<long>(items_.size())) throw errors::subscriptOutOfRange();
+        return static_cast<size_t>(i);
+    }
+    std::vector<T> items_;
+};

@@ -1,0 +1,75 @@
+#include "setups/SetupCatalogue.h"
+
+#include "net/Text.h"
+#include "server/ErrorTrap.h"
+#include "server/IniFile.h"
+#include "server/Server.h"
+#include "setups/SetupFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+// Setup file paths are stored the way the squadron's Windows tools write them; the file
+// system is asked with the platform's own separators.
+QString localPath(const std::string& path) {
+    QString p = QString::fromLatin1(path.data(), static_cast<qsizetype>(path.size()));
+#ifndef Q_OS_WIN
+    p.replace('\\', '/');
+#endif
+    return p;
+}
+} // namespace
+
+SetupCatalogue::SetupCatalogue(Server& server) : server_(server) {}
+
+void SetupCatalogue::reset() { Setups_.reset(); }
+
+void SetupCatalogue::InitSetups() {
+    ErrorTrap trap(server_.errorLog(), "InitSetups");
+    const QString& ini = server_.iniFile();
+    SetupCount_ = 0;
+    trap([&] { SetupCount_ = text::toInt32(text::leadingNumber(ReadINI("SETUPLIST", "NUM", ini))); });
+    trap([&] { Setups_ = VbList<SetupRecord>::withUpperBound(SetupCount_); });
+    for (long i = 1; i <= SetupCount_; ++i)
+        trap([&] {
+            Setups_[i].Lines.reset();
+            Setups_[i].FilePath = ReadINI("SETUPLIST" + std::to_string(i), "FNAME", ini);
+        });
+}
+
+void SetupCatalogue::LoadSetups() {
+    ErrorTrap trap(server_.errorLog(), "LoadSetups");
+    for (int i = 1; i <= Setups_.ubound(); ++i) {
+        SetupRecord& setup = Setups_[i];
+        QString path = localPath(setup.FilePath);
+        if (setup.FilePath.empty() || !QFileInfo(path).isFile()) {
+            server_.display().messageBox(
+                "The File " + QString::fromLatin1(setup.FilePath.data(), static_cast<qsizetype>(setup.FilePath.size())) +
+                    " was not found",
+                "Error", MessageIcon::Critical);
+            continue;
+        }
+        trap([&] {
+            SetupFileLines lines = readSetupFile(path);
+            setup.Name = lines.name;
+            for (std::string& record : lines.records) setup.Lines.append(std::move(record));
+        });
+    }
+}
+
+void SetupCatalogue::SaveINI() {
+    ErrorTrap trap(server_.errorLog(), "SaveINI");
+    const QString& ini = server_.iniFile();
+    SetupCount_ = Setups_.ubound();
+    QFile::remove(ini); // every other setting goes with it, the logging switch included
+    trap([&] { WriteINI("SETUPLIST", "NUM", std::to_string(SetupCount_), ini); });
+    for (int i = 1; i <= SetupCount_; ++i)
+        trap([&] { WriteINI("SETUPLIST" + std::to_string(i), "FNAME", Setups_[i].FilePath, ini); });
+}
+
+void SetupCatalogue::commit() {
+    SaveINI();
+    InitSetups();
+    LoadSetups();
+}

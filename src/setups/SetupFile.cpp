@@ -1,0 +1,64 @@
+#include "setups/SetupFile.h"
+
+#include "net/Text.h"
+#include "server/RuntimeError.h"
+
+std::vector<std::string> readRawLines(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) throw errors::fileNotFound();
+    const QByteArray all = file.readAll();
+    std::vector<std::string> lines;
+    std::string current;
+    bool pending = false; // a line has begun and not yet been stored
+    for (qsizetype i = 0; i < all.size(); ++i) {
+        char c = all[i];
+        if (c == '\r' || c == '\n') {
+            lines.push_back(std::move(current));
+            current.clear();
+            pending = false;
+            if (c == '\r' && i + 1 < all.size() && all[i + 1] == '\n') ++i; // CR LF is one line end
+        } else {
+            current.push_back(c);
+            pending = true;
+        }
+    }
+    if (pending) lines.push_back(std::move(current));
+    return lines;
+}
+
+std::string recordLineOrEmpty(std::string_view line) {
+    size_t b = line.find_first_not_of(' ');
+    if (b == std::string_view::npos) return {};
+    size_t e = line.find_last_not_of(' ');
+    std::string_view t = line.substr(b, e - b + 1);
+    if (t.substr(0, 2) == "//") return {};
+    return std::string(t);
+}
+
+SetupFileLines readSetupFile(const QString& path) {
+    std::vector<std::string> lines = readRawLines(path);
+    SetupFileLines setup;
+    if (lines.empty()) return setup;
+    setup.name = lines.front();
+    for (size_t i = 1; i < lines.size(); ++i)
+        if (std::string record = recordLineOrEmpty(lines[i]); !record.empty()) setup.records.push_back(std::move(record));
+    return setup;
+}
+
+SetupRecordFields interpretRecordLine(std::string_view line) {
+    SetupRecordFields fields;
+    fields.kind = std::string(line.substr(0, 6));
+    fields.parts = text::splitAt(line.size() > 6 ? line.substr(6) : std::string_view());
+    return fields;
+}
+
+SetupFileWriter::SetupFileWriter(const QString& path) : file_(path) {
+    if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate)) throw RuntimeError(75, "Path/File access error");
+}
+
+void SetupFileWriter::line(std::string_view text) {
+    file_.write(text.data(), static_cast<qint64>(text.size()));
+    file_.write("\r\n", 2);
+}
+
+void SetupFileWriter::close() { file_.close(); }

@@ -1,0 +1,76 @@
+#include "support/Peer.h"
+
+#include <QThread>
+
+Peer::Peer(quint16 port) {
+    QObject::connect(&socket_, &QTcpSocket::readyRead, [this] { drain(); });
+    socket_.connectToHost(QHostAddress::LocalHost, port);
+    pumpUntil([this] { return socket_.state() == QAbstractSocket::ConnectedState; });
+    // Let the server handle the connection request before the test goes on.
+    pumpFor(20ms);
+}
+
+Peer::~Peer() { socket_.abort(); }
+
+void Peer::send(const std::string& command, const std::string& data) {
+    QByteArray bytes = QByteArray::fromStdString(command + data);
+    bytes.append('\0');
+    sendRaw(bytes);
+}
+
+void Peer::sendRaw(const QByteArray& bytes) {
+    socket_.write(bytes);
+    socket_.flush();
+}
+
+void Peer::drain() {
+    pending_.append(socket_.readAll());
+    qsizetype start = 0;
+    for (qsizetype nul = pending_.indexOf('\0'); nul >= 0; nul = pending_.indexOf('\0', start)) {
+        std::string message = pending_.mid(start, nul - start).toStdString();
+        inbox_.push_back({message.substr(0, 6), message.size() > 6 ? message.substr(6) : std::string()});
+        start = nul + 1;
+    }
+    pending_.remove(0, start);
+}
+
+bool Peer::waitFor(size_t count, std::chrono::milliseconds timeout) {
+    return pumpUntil([&] { return inbox_.size() >= count; }, timeout);
+}
+
+std::vector<Message> Peer::take(size_t count, std::chrono::milliseconds timeout) {
+    waitFor(count, timeout);
+    size_t n = std::min(count, inbox_.size());
+    std::vector<Message> taken(inbox_.begin(), inbox_.begin() + static_cast<long>(n));
+    inbox_.erase(inbox_.begin(), inbox_.begin() + static_cast<long>(n));
+    return taken;
+}
+
+std::vector<std::string> Peer::takeAllTexts() {
+    std::vector<std::string> texts;
+    for (const Message& m : inbox_) texts.push_back(m.text());
+    inbox_.clear();
+    return texts;
+}
+
+std::vector<std::string> Peer::settle(std::chrono::milliseconds wait) {
+    pumpFor(wait);
+    return takeAllTexts();
+}
+
+bool Peer::isConnected() const { return socket_.state() == QAbstractSocket::ConnectedState; }
+
+bool Peer::waitForDisconnect(std::chrono::milliseconds timeout) {
+    return pumpUntil([this] { return socket_.state() == QAbstractSocket::UnconnectedState; }, timeout);
+}
+
+void Peer::close() {
+    socket_.disconnectFromHost();
+    pumpFor(20ms);
+}
+
+void pumpFor(std::chrono::milliseconds wait) {
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < wait.count()) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+}

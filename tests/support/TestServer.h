@@ -1,0 +1,39 @@
+#pragma once
+// A real server object in a temporary program directory, listening on free loopback ports.
+// Writing the error log does not end the test process: it is counted instead.
+#include "server/Server.h"
+#include "support/RecordingDisplay.h"
+
+#include <QTemporaryDir>
+
+#include <memory>
+#include <string>
+
+class TestServer {
+public:
+    // iniText: the content of tessark.ini before start ("" = no file, a first start).
+    explicit TestServer(const std::string& iniText = {}, bool start = true);
+    ~TestServer();
+
+    void start();
+    Server& server() { return *server_; }
+    RecordingDisplay& display() { return display_; }
+    const QString& dir() const { return dirPath_; }
+    QString path(const QString& name) const { return dirPath_ + name; }
+    // Writes a file into the program directory (CR LF line ends are the caller's choice).
+    void writeFile(const QString& name, const std::string& content) const;
+    std::string readFile(const QString& name) const;
+    int endsOfProgram() const { return ended_; }
+
+    quint16 playerPort() const { return server_->ports().players; }
+    quint16 awacsPort() const { return server_->ports().awacs; }
+    quint16 simPort() const { return server_->ports().sims; }
+    quint16 aiSpyPort() const { return server_->ports().aiSpy; }
+
+private:
+    QTemporaryDir tmp_;
+    QString dirPath_;
+    RecordingDisplay display_;
+    std::unique_ptr<Server> server_;
+    int ended_ = 0;
+};
