@@ -1,5 +1,6 @@
 #include "support/TestServer.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
