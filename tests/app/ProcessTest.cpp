@@ -1,0 +1,98 @@
+// The real executable, copied into an empty program directory and started headless, as an
+// operator would run it. It listens on the production ports.
+#include "support/Peer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+class RealServer {
+public:
+    explicit RealServer(const QString& iniText = {}) {
+        QFile::copy(TESSARK_SERVER_EXE, exe());
+        if (!iniText.isEmpty()) {
+            QFile ini(dir.path() + "/tessark.ini");
+            ini.open(QIODevice::WriteOnly);
+            ini.write(iniText.toLatin1());
+        }
+    }
+    QString exe() const { return dir.path() + "/tessark-server"; }
+    QString file(const QString& name) const { return dir.path() + "/" + name; }
+    std::string read(const QString& name) const {
+        QFile f(file(name));
+        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
+    }
+
+    // Starts a copy headless; the single-instance lock lives in a temp dir of this test's own.
+    void start(QProcess& process) const {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) env.remove(name);
+        env.insert("TMPDIR", lockDir.path());
+        process.setProcessEnvironment(env);
+        process.setWorkingDirectory(dir.path());
+        process.start(exe(), {});
+        process.waitForStarted();
+    }
+    // Waits until the production ports accept (the AI Spy's is opened last).
+    static bool waitListening() {
+        return pumpUntil(
+            [] {
+                QTcpSocket probe;
+                probe.connectToHost(QHostAddress::LocalHost, 5554);
+                bool up = probe.waitForConnected(50);
+                probe.abort();
+                return up;
+            },
+            5000ms);
+    }
+
+    QTemporaryDir dir, lockDir;
+};
+
+} // namespace
+
+TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
+    RealServer server;
+    QProcess first;
+    server.start(first);
+    ASSERT_TRUE(RealServer::waitListening());
+    EXPECT_EQ(server.read("tessark.ini"), "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n");
+
+    QProcess second;
+    server.start(second);
+    ASSERT_TRUE(second.waitForFinished(3000));
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_EQ(second.readAllStandardError().trimmed().toStdString(), "The application is allready running.");
+
+    pumpFor(100ms); // the probes' own connections are gone
+    Peer aiSpy(5554), player(5555), awacs(5556), sim(5557);
+    ::kill(static_cast<pid_t>(first.processId()), SIGTERM);
+    EXPECT_EQ(aiSpy.take(1).at(0).text(), "CLOSE1");
+    for (Peer* peer : {&player, &awacs, &sim}) EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
+    ASSERT_TRUE(first.waitForFinished(3000));
+    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(first.exitCode(), 0);
+    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvLog.txt")));
+    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvErrorLog.txt")));
+}
+
+TEST(RealServer, WithLoggingOnALoneNulFromAPlayerWritesOneErrorLineAndEndsTheProcess) {
+    RealServer server("[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n");
+    QProcess process;
+    server.start(process);
+    ASSERT_TRUE(RealServer::waitListening());
+    Peer player(5555);
+    player.sendRaw(QByteArray(1, '\0'));
+    ASSERT_TRUE(process.waitForFinished(3000));
+    std::string errors = server.read("TessarkSrvErrorLog.txt");
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1);
+    EXPECT_NE(errors.find("Error at TskSrvForm1::ParseData - Error: 5 - "), std::string::npos) << errors;
+    EXPECT_TRUE(player.waitForDisconnect()); // no "DISCON": the program just ended
+    EXPECT_TRUE(player.inbox().empty());
+}
