@@ -16,8 +16,9 @@ namespace {
 constexpr std::string_view kArrivalLabel = "Command arrived from Player #";
 
 // The command names in the order they are compared; GETLST is the one not logged.
-constexpr std::string_view kRecognised[] = {"GETLST", "VERFOK", "VERNOK", "F4LOCA", "VALIDR", "GETVLA", "GETVLO",
-                                            "VALEND", "VLERRO", "ERRRDM", "ERRADD", "ERRDON", "ERRGET"};
+constexpr std::string_view kRecognised[] = {"GETLST", "VERFOK", "VERNOK", "F4LOCA", "VALIDR",
+                                            "GETVLA", "GETVLO", "VALEND", "VLERRO", "ERRRDM",
+                                            "ERRADD", "ERRDON", "ERRGET"};
 
 bool isRecognised(std::string_view command) {
     for (std::string_view name : kRecognised)

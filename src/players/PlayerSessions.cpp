@@ -19,8 +19,12 @@ void PlayerSessions::WS1_ConnectionRequest(int index, qintptr requestId) {
 }
 
 // A close and an error on the same slot may both arrive; the second finds the slot free.
-void PlayerSessions::WS1_Close(int index) { DeletePlayer(static_cast<int16_t>(index)); }
-void PlayerSessions::WS1_Error(int index) { DeletePlayer(static_cast<int16_t>(index)); }
+void PlayerSessions::WS1_Close(int index) {
+    DeletePlayer(static_cast<int16_t>(index));
+}
+void PlayerSessions::WS1_Error(int index) {
+    DeletePlayer(static_cast<int16_t>(index));
+}
 
 std::string PlayerSessions::describe(int position) const {
     const PlayerRecord& p = Players_[position];
@@ -92,7 +96,8 @@ void PlayerSessions::SendPlayerslist(int16_t slot) {
     Senders& senders = server_.senders();
     const int count = Players_.ubound();
     trap([&] { senders.SendCommand("PLRDIM", text::number(count), slot); });
-    for (int i = 1; i <= count; ++i) trap([&] { senders.SendCommand("PLSADD", describe(i), slot); });
+    for (int i = 1; i <= count; ++i)
+        trap([&] { senders.SendCommand("PLSADD", describe(i), slot); });
     trap([&] { senders.SendCommand("PLDONE", "", slot); });
     trap([&] { senders.SendCommand("AWANUM", text::number(server_.awacs().AwacsList().ubound()), slot); });
 }

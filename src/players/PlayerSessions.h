@@ -29,7 +29,7 @@ struct PlayerRecord {
 };
 
 class PlayerSessions {
-public:
+  public:
     explicit PlayerSessions(Server& server);
 
     // Start-up: the lists back to their one unused element 0.
@@ -61,7 +61,7 @@ public:
     // Player slots; airplane numbers of SIM clients are taken from the same table.
     SlotTable& PlayerSlotUsed() { return PlayerSlotUsed_; }
 
-private:
+  private:
     // One recognised command of an arrival, under WS1_DataArrival's trap.
     void handleCommand(const CommandRec& command, int16_t slot, ErrorTrap& trap);
     void handleSetupChoice(const std::string& payload, int16_t slot, ErrorTrap& trap);

@@ -24,7 +24,9 @@ QString localPath(const std::string& path) {
 
 SetupCatalogue::SetupCatalogue(Server& server) : server_(server) {}
 
-void SetupCatalogue::reset() { Setups_.reset(); }
+void SetupCatalogue::reset() {
+    Setups_.reset();
+}
 
 void SetupCatalogue::InitSetups() {
     ErrorTrap trap(server_.errorLog(), "InitSetups");
@@ -46,7 +48,9 @@ void SetupCatalogue::LoadSetups() {
         QString path = localPath(setup.FilePath);
         if (setup.FilePath.empty() || !QFileInfo(path).isFile()) {
             server_.display().messageBox(
-                "The File " + QString::fromLatin1(setup.FilePath.data(), static_cast<qsizetype>(setup.FilePath.size())) +
+                "The File " +
+                    QString::fromLatin1(setup.FilePath.data(),
+                                        static_cast<qsizetype>(setup.FilePath.size())) +
                     " was not found",
                 "Error", MessageIcon::Critical);
             continue;
@@ -54,7 +58,8 @@ void SetupCatalogue::LoadSetups() {
         trap([&] {
             SetupFileLines lines = readSetupFile(path);
             setup.Name = lines.name;
-            for (std::string& record : lines.records) setup.Lines.append(std::move(record));
+            for (std::string& record : lines.records)
+                setup.Lines.append(std::move(record));
         });
     }
 }

@@ -18,7 +18,7 @@ struct SetupRecord {
 };
 
 class SetupCatalogue {
-public:
+  public:
     explicit SetupCatalogue(Server& server);
 
     void reset();
@@ -41,7 +41,7 @@ public:
     VbList<SetupRecord>& editableSetups() { return Setups_; }
     int16_t SetupCount() const { return SetupCount_; }
 
-private:
+  private:
     Server& server_;
     VbList<SetupRecord> Setups_;
     // A 16-bit count, like every setup number a player can ask for.

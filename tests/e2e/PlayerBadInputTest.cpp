@@ -15,7 +15,8 @@ namespace {
 
 std::vector<std::string> texts(const std::vector<Message>& messages) {
     std::vector<std::string> out;
-    for (const Message& m : messages) out.push_back(m.command + "|" + m.data);
+    for (const Message& m : messages)
+        out.push_back(m.command + "|" + m.data);
     return out;
 }
 
@@ -51,8 +52,9 @@ struct TwoPlayers {
     std::unique_ptr<Peer> alpha, observer;
     explicit TwoPlayers(bool logOn) {
         ts.writeFile("night.stp", kSetup);
-        ts.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" + ts.dir().toStdString() +
-                                        "night.stp\r\n[DEBUG]\r\nLOG=" + (logOn ? "1" : "0") + "\r\n");
+        ts.writeFile("tessark.ini",
+                     "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" + ts.dir().toStdString() +
+                         "night.stp\r\n[DEBUG]\r\nLOG=" + (logOn ? "1" : "0") + "\r\n");
         ts.start();
         alpha = std::make_unique<Peer>(ts.playerPort());
         alpha->send("VALIDR", "Alpha");
@@ -66,24 +68,26 @@ struct TwoPlayers {
 
 TEST(PlayerBadInput, WithLoggingOffEveryBadStatementIsSkippedAndTheBatchGoesOn) {
     TwoPlayers two(false);
-    two.alpha->sendRaw(batch({"ERRADD1@4", // before any ERRRDM
-                              "ERRRDM-2", "ERRRDM70000", "ERRRDM1",
-                              "ERRADD1",   // no line number
-                              "ERRADD2@3", // past the count
-                              "ERRADD1@1",
-                              "ERRGET1", // no setup fetched: the reason is empty
-                              "ERRGET9", "ERRGET0", "GETVLO5", "verfok", "AB", "", "HELLO!x", "VERFOK", "GETLST"}));
+    two.alpha->sendRaw(
+        batch({"ERRADD1@4", // before any ERRRDM
+               "ERRRDM-2", "ERRRDM70000", "ERRRDM1",
+               "ERRADD1",   // no line number
+               "ERRADD2@3", // past the count
+               "ERRADD1@1",
+               "ERRGET1", // no setup fetched: the reason is empty
+               "ERRGET9", "ERRGET0", "GETVLO5", "verfok", "AB", "", "HELLO!x", "VERFOK", "GETLST"}));
     EXPECT_THAT(texts(two.alpha->take(14)),
-                ElementsAreArray({"ERRRDM|1@1", "ERRADD|1@1@", "ERRDON|1", "ERRRDM|9@0", "ERRDON|9", "ERRRDM|0@0",
-                                  "ERRDON|0", "VLDONE|", "PLSUPD|1@Alpha@@O", "PLRDIM|2", "PLSADD|1@Alpha@@O",
-                                  "PLSADD|2@Obs@@-", "PLDONE|", "AWANUM|0"}));
+                ElementsAreArray({"ERRRDM|1@1", "ERRADD|1@1@", "ERRDON|1", "ERRRDM|9@0", "ERRDON|9",
+                                  "ERRRDM|0@0", "ERRDON|0", "VLDONE|", "PLSUPD|1@Alpha@@O", "PLRDIM|2",
+                                  "PLSADD|1@Alpha@@O", "PLSADD|2@Obs@@-", "PLDONE|", "AWANUM|0"}));
     EXPECT_THAT(texts(two.observer->take(1)), ElementsAreArray({"PLSUPD|1@Alpha@@O"}));
 
     // A name holding "@" is kept and sent as it came.
     two.alpha->send("VALIDR", "Evil@name");
     EXPECT_THAT(texts(two.observer->take(1)), ElementsAreArray({"PLSNEW|3@Evil@name@@-"}));
     // Alpha is now listed twice, so it hears of itself twice.
-    EXPECT_THAT(texts(two.alpha->take(2)), ElementsAreArray({"PLSNEW|3@Evil@name@@-", "PLSNEW|3@Evil@name@@-"}));
+    EXPECT_THAT(texts(two.alpha->take(2)),
+                ElementsAreArray({"PLSNEW|3@Evil@name@@-", "PLSNEW|3@Evil@name@@-"}));
 
     // VALEND in the middle of a batch: the rest is still handled, its answers go nowhere.
     two.alpha->sendRaw(batch({"VALEND", "GETLST", "VERFOK"}));
@@ -110,7 +114,9 @@ TEST(PlayerBadInput, WithLoggingOnTheFailingRoutineIsRecorded) {
         {{"ERRRDM70000"}, {}, {"WS1_DataArrival - Error: 6"}},
         {{"ERRRDM1", "ERRADD1"}, {}, {"PlayerErrorListAdd - Error: 9"}},
         {{"ERRRDM1", "ERRADD2@3"}, {}, {"PlayerErrorListAdd - Error: 9"}},
-        {{"ERRRDM1", "ERRADD1@1", "ERRGET1"}, {"ERRRDM|1@1", "ERRADD|1@1@", "ERRDON|1"}, {"ErrnumToStr - Error: 9"}},
+        {{"ERRRDM1", "ERRADD1@1", "ERRGET1"},
+         {"ERRRDM|1@1", "ERRADD|1@1@", "ERRDON|1"},
+         {"ErrnumToStr - Error: 9"}},
         {{"ERRGET9"}, {"ERRRDM|9@0", "ERRDON|9"}, {"SendErrorListToPlayer - Error: 9"}},
         // The send is its own routine's failure; the name look-up fails in the handler.
         {{"GETVLO5"}, {"VLDONE|"}, {"SendSetup - Error: 9", "WS1_DataArrival - Error: 9"}},

@@ -16,7 +16,7 @@ TEST(PlayerTrafficLog, ArrivalsAndSendsAreLoggedLineByLine) {
     Peer alpha(ts.playerPort());
     alpha.send("VALIDR", "Alpha");
     alpha.take(1);
-    alpha.send("GETLST");     // answered, but its arrival is not logged
+    alpha.send("GETLST");      // answered, but its arrival is not logged
     alpha.send("HELLO!", "x"); // unknown: no line at all
     alpha.take(4);
     alpha.send("VERFOK");

@@ -13,7 +13,8 @@ namespace {
 
 std::vector<std::string> texts(const std::vector<Message>& messages) {
     std::vector<std::string> out;
-    for (const Message& m : messages) out.push_back(m.command + "|" + m.data);
+    for (const Message& m : messages)
+        out.push_back(m.command + "|" + m.data);
     return out;
 }
 
@@ -36,7 +37,8 @@ struct Validation : ::testing::Test {
         const std::string dir = ts.dir().toStdString();
         ts.writeFile("night.stp", kNightOps);
         ts.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=2\r\n[SETUPLIST1]\r\nFNAME=" + dir +
-                                        "night.stp\r\n[SETUPLIST2]\r\nFNAME=" + dir + "gone.stp\r\n[DEBUG]\r\nLOG=0\r\n");
+                                        "night.stp\r\n[SETUPLIST2]\r\nFNAME=" + dir +
+                                        "gone.stp\r\n[DEBUG]\r\nLOG=0\r\n");
         ts.start();
     }
 };
@@ -139,7 +141,8 @@ TEST_F(Validation, ReasonsAreExplainedAgainstTheCatalogueAsItIsNow) {
     alpha.send("VALIDR", "Alpha");
     alpha.send("GETVLO", "2");
     alpha.send("ERRRDM", "7");
-    for (int i = 1; i <= 7; ++i) alpha.send("ERRADD", std::to_string(i) + "@" + std::to_string(i == 7 ? 0 : i));
+    for (int i = 1; i <= 7; ++i)
+        alpha.send("ERRADD", std::to_string(i) + "@" + std::to_string(i == 7 ? 0 : i));
     alpha.send("ERRGET", "1");
     alpha.send("ERRGET", "2"); // nobody at position 2
     expectNext(alpha, {"PLSNEW|1@Alpha@@-", "VLRDIM|5"});
@@ -154,7 +157,8 @@ TEST_F(Validation, ReasonsAreExplainedAgainstTheCatalogueAsItIsNow) {
     ts.writeFile("kinds.stp", "Kinds\r\nCHKSUM@data\\new.dat@1\r\n");
     ts.server().setups().commit();
     alpha.send("ERRGET", "1");
-    expectNext(alpha, {"ERRRDM|1@7", "ERRADD|1@1@The data\\new.dat file is differrent or absent", "ERRADD|1@2@"});
+    expectNext(alpha,
+               {"ERRRDM|1@7", "ERRADD|1@1@The data\\new.dat file is differrent or absent", "ERRADD|1@2@"});
     alpha.take(6);
     EXPECT_EQ(ts.endsOfProgram(), 0);
 }

@@ -9,13 +9,15 @@ namespace {
 
 std::vector<std::string> names(const PlayerSessions& p) {
     std::vector<std::string> out;
-    for (int i = 1; i <= p.Players().ubound(); ++i) out.push_back(p.Players()[i].Name);
+    for (int i = 1; i <= p.Players().ubound(); ++i)
+        out.push_back(p.Players()[i].Name);
     return out;
 }
 
 std::vector<int16_t> errors(const PlayerRecord& r) {
     std::vector<int16_t> out;
-    for (int i = 1; i <= r.Errors.ubound(); ++i) out.push_back(r.Errors[i]);
+    for (int i = 1; i <= r.Errors.ubound(); ++i)
+        out.push_back(r.Errors[i]);
     return out;
 }
 
@@ -101,8 +103,8 @@ TEST_F(Sessions, ErrorListsAreReplacedByRedimAndFilledByIndex) {
     players.PlayerErrorListAdd("2@7", 1);
     players.PlayerErrorListAdd(" 1.5@4", 1); // 1.5 rounds to 2, overwriting
     players.PlayerErrorListAdd("1@ 4xyz", 1);
-    players.PlayerErrorListAdd("4@9", 1);  // past the count
-    players.PlayerErrorListAdd("3", 1);    // no line number
+    players.PlayerErrorListAdd("4@9", 1);     // past the count
+    players.PlayerErrorListAdd("3", 1);       // no line number
     players.PlayerErrorListAdd("3@99999", 1); // not a 16-bit number
     players.PlayerErrorListDone(1);
     EXPECT_THAT(errors(alice), ::testing::ElementsAre(4, 4, 0));

@@ -1,5 +1,5 @@
-#include "server/IniFile.h"
 #include "setups/SetupCatalogue.h"
+#include "server/IniFile.h"
 #include "support/TestServer.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +10,9 @@ using ::testing::Not;
 
 namespace {
 
-std::string latin1(const QString& s) { return s.toLatin1().toStdString(); }
+std::string latin1(const QString& s) {
+    return s.toLatin1().toStdString();
+}
 
 // A stopped server whose program directory holds the given tessark.ini and setup files.
 struct Catalogue {
@@ -24,7 +26,8 @@ struct Catalogue {
 
 TEST(SetupCatalogueTest, LoadsNamesAndLinesAndReportsMissingFilesWithoutDroppingThem) {
     Catalogue c;
-    c.ts.writeFile("one.stp", "Night Ops\r\nCURSET@BMS\r\n// hand comment\r\n  CHKSIM \r\nCURTHE@Theater A\r\n");
+    c.ts.writeFile("one.stp",
+                   "Night Ops\r\nCURSET@BMS\r\n// hand comment\r\n  CHKSIM \r\nCURTHE@Theater A\r\n");
     c.ts.writeFile("name.stp", "Name only\r\n");
     c.ts.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=4\r\n" + c.section(1, c.path("one.stp")) +
                                       c.section(2, c.path("gone.stp")) + c.section(3, c.path("name.stp")) +
@@ -79,7 +82,8 @@ TEST(SetupCatalogueTest, CommitRenumbersTheSectionsAndDropsEveryOtherSetting) {
     // What the setup list editor does: drop the first, then commit.
     auto& edited = c.setups().editableSetups();
     VbList<SetupRecord> without;
-    for (int i = 2; i <= edited.ubound(); ++i) without.append(edited[i]);
+    for (int i = 2; i <= edited.ubound(); ++i)
+        without.append(edited[i]);
     edited = without;
     c.setups().commit();
 

@@ -1,5 +1,5 @@
-#include "server/RuntimeError.h"
 #include "setups/SetupFile.h"
+#include "server/RuntimeError.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -10,7 +10,7 @@ using ::testing::ElementsAre;
 namespace {
 
 class SetupFileTest : public ::testing::Test {
-protected:
+  protected:
     QTemporaryDir dir;
     QString path(const QString& name = "s.stp") const { return dir.filePath(name); }
     void write(const std::string& bytes, const QString& name = "s.stp") const {
@@ -25,22 +25,22 @@ protected:
 };
 
 TEST_F(SetupFileTest, CatalogueReaderKeepsTheNameRawAndTrimmedRecordsInOrder) {
-    write("  // Night Ops  \r\n"           // the name line is never trimmed nor taken as a comment
+    write("  // Night Ops  \r\n" // the name line is never trimmed nor taken as a comment
           "CURSET@BMS\r\n"
           "   // a comment after blanks\r\n"
-          "   \r\n"                        // blanks only
+          "   \r\n" // blanks only
           "\r\n"
-          "  CHKSIM  \r\n"                 // trimmed on both sides
+          "  CHKSIM  \r\n" // trimmed on both sides
           "CURTHE@Theater A//not a comment\r\n"
-          "\tCONFIG@tab@1\r\n"             // only spaces are blanks
+          "\tCONFIG@tab@1\r\n" // only spaces are blanks
           "/ / not a comment either\r\n"
           "UNKNOW@kept as it is\r\n"
           "CHKSUM@data\\file1.dat@1234"); // last line without a line end
     SetupFileLines setup = readSetupFile(path());
     EXPECT_EQ(setup.name, "  // Night Ops  ");
-    EXPECT_THAT(setup.records, ElementsAre("CURSET@BMS", "CHKSIM", "CURTHE@Theater A//not a comment", "\tCONFIG@tab@1",
-                                           "/ / not a comment either", "UNKNOW@kept as it is",
-                                           "CHKSUM@data\\file1.dat@1234"));
+    EXPECT_THAT(setup.records, ElementsAre("CURSET@BMS", "CHKSIM", "CURTHE@Theater A//not a comment",
+                                           "\tCONFIG@tab@1", "/ / not a comment either",
+                                           "UNKNOW@kept as it is", "CHKSUM@data\\file1.dat@1234"));
 }
 
 TEST_F(SetupFileTest, LineEndsAndDegenerateFiles) {
@@ -96,13 +96,15 @@ TEST_F(SetupFileTest, WriterWritesCrLfLinesThatTheReaderGetsBack) {
     {
         write("an older, longer file that must be replaced entirely\r\n");
         SetupFileWriter writer(path());
-        for (const char* line : {" Night Ops", "CURSET@BMS", "CHKSIM", "CURTHE@Theater A", "CHKSUM@data\\file1.dat@-1207622437",
-                                 "CONFIG@entry_one@1"})
+        for (const char* line : {" Night Ops", "CURSET@BMS", "CHKSIM", "CURTHE@Theater A",
+                                 "CHKSUM@data\\file1.dat@-1207622437", "CONFIG@entry_one@1"})
             writer.line(line);
         writer.close();
     }
-    EXPECT_EQ(read(), " Night Ops\r\nCURSET@BMS\r\nCHKSIM\r\nCURTHE@Theater A\r\nCHKSUM@data\\file1.dat@-1207622437\r\n"
-                      "CONFIG@entry_one@1\r\n");
+    EXPECT_EQ(
+        read(),
+        " Night Ops\r\nCURSET@BMS\r\nCHKSIM\r\nCURTHE@Theater A\r\nCHKSUM@data\\file1.dat@-1207622437\r\n"
+        "CONFIG@entry_one@1\r\n");
     SetupFileLines back = readSetupFile(path());
     EXPECT_EQ(back.name, " Night Ops");
     EXPECT_EQ(back.records.size(), 5u);
