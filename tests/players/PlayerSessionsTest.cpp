@@ -40,6 +40,8 @@ TEST_F(Sessions, RegistrationMarksRowsAndTwoRecordsOnOneSlot) {
     EXPECT_EQ(first.SetupNumber, 0);
     EXPECT_EQ(first.Errors.ubound(), 0);
 
+    ASSERT_EQ(ts.display().rows.size(), 3u);
+    EXPECT_EQ(ts.display().rows[2].image, 3);
     players.UpdateVerifStatus("OK", 1); // both records on slot 1
     players.UpdateVerifStatus("NOK", 2);
     ASSERT_EQ(ts.display().rows.size(), 3u);
@@ -68,24 +70,6 @@ TEST_F(Sessions, RegistrationMarksRowsAndTwoRecordsOnOneSlot) {
     ASSERT_EQ(ts.display().rows.size(), 1u);
     EXPECT_EQ(ts.display().rows[0].text, "Bob@home ()");
     EXPECT_EQ(ts.endsOfProgram(), 0);
-}
-
-TEST_F(Sessions, RemovalShiftsLaterPositionsDown) {
-    for (int16_t s = 1; s <= 4; ++s) {
-        connect(s);
-        players.AddToPlayerList("P" + std::to_string(s), s);
-    }
-    players.DeletePlayer(2);
-    EXPECT_THAT(names(players), ::testing::ElementsAre("P1", "P3", "P4"));
-    EXPECT_EQ(players.Players()[2].Slot, 3);
-}
-
-TEST_F(Sessions, StatusImages) {
-    EXPECT_EQ(PlayerSessions::StatusToImageNum("O"), 1);
-    EXPECT_EQ(PlayerSessions::StatusToImageNum("X"), 2);
-    EXPECT_EQ(PlayerSessions::StatusToImageNum("-"), 3);
-    EXPECT_EQ(PlayerSessions::StatusToImageNum(""), 0);
-    EXPECT_EQ(PlayerSessions::StatusToImageNum("o"), 0);
 }
 
 TEST_F(Sessions, ErrorListsAreReplacedByRedimAndFilledByIndex) {
