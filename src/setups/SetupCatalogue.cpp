@@ -3,6 +3,7 @@
 #include "net/Text.h"
 #include "server/ErrorTrap.h"
 #include "server/IniFile.h"
+#include "server/RuntimeError.h"
 #include "server/Server.h"
 #include "setups/SetupFile.h"
 
@@ -23,15 +24,17 @@ QString localPath(const std::string& path) {
 
 SetupCatalogue::SetupCatalogue(Server& server) : server_(server) {}
 
-void SetupCatalogue::reset() { Setups_.reset(); }
+void SetupCatalogue::reset() {
+    Setups_.reset();
+}
 
 void SetupCatalogue::InitSetups() {
     ErrorTrap trap(server_.errorLog(), "InitSetups");
     const QString& ini = server_.iniFile();
-    SetupCount_ = 0;
-    trap([&] { SetupCount_ = text::toInt32(text::leadingNumber(ReadINI("SETUPLIST", "NUM", ini))); });
+    // A count that does not fit keeps the one from before; a negative one keeps the old list.
+    trap([&] { SetupCount_ = text::leadingInt16(ReadINI("SETUPLIST", "NUM", ini)); });
     trap([&] { Setups_ = VbList<SetupRecord>::withUpperBound(SetupCount_); });
-    for (long i = 1; i <= SetupCount_; ++i)
+    for (int i = 1; i <= SetupCount_; ++i)
         trap([&] {
             Setups_[i].Lines.reset();
             Setups_[i].FilePath = ReadINI("SETUPLIST" + std::to_string(i), "FNAME", ini);
@@ -45,7 +48,9 @@ void SetupCatalogue::LoadSetups() {
         QString path = localPath(setup.FilePath);
         if (setup.FilePath.empty() || !QFileInfo(path).isFile()) {
             server_.display().messageBox(
-                "The File " + QString::fromLatin1(setup.FilePath.data(), static_cast<qsizetype>(setup.FilePath.size())) +
+                "The File " +
+                    QString::fromLatin1(setup.FilePath.data(),
+                                        static_cast<qsizetype>(setup.FilePath.size())) +
                     " was not found",
                 "Error", MessageIcon::Critical);
             continue;
@@ -53,7 +58,8 @@ void SetupCatalogue::LoadSetups() {
         trap([&] {
             SetupFileLines lines = readSetupFile(path);
             setup.Name = lines.name;
-            for (std::string& record : lines.records) setup.Lines.append(std::move(record));
+            for (std::string& record : lines.records)
+                setup.Lines.append(std::move(record));
         });
     }
 }
@@ -61,8 +67,13 @@ void SetupCatalogue::LoadSetups() {
 void SetupCatalogue::SaveINI() {
     ErrorTrap trap(server_.errorLog(), "SaveINI");
     const QString& ini = server_.iniFile();
-    SetupCount_ = Setups_.ubound();
-    QFile::remove(ini); // every other setting goes with it, the logging switch included
+    trap([&] { SetupCount_ = text::toInt16(Setups_.ubound()); });
+    // The whole file goes, and every other setting with it: the logging switch reads as
+    // absent from the first change of the catalogue on.
+    trap([&] {
+        if (!QFile::exists(ini)) throw errors::fileNotFound();
+        if (!QFile::remove(ini)) throw RuntimeError(75, "Path/File access error");
+    });
     trap([&] { WriteINI("SETUPLIST", "NUM", std::to_string(SetupCount_), ini); });
     for (int i = 1; i <= SetupCount_; ++i)
         trap([&] { WriteINI("SETUPLIST" + std::to_string(i), "FNAME", Setups_[i].FilePath, ini); });
@@ -72,4 +83,9 @@ void SetupCatalogue::commit() {
     SaveINI();
     InitSetups();
     LoadSetups();
+}
+
+const VbList<std::string>& SetupCatalogue::linesOf(long setupNumber) const {
+    if (setupNumber < 1) throw errors::subscriptOutOfRange();
+    return Setups_[setupNumber].Lines;
 }

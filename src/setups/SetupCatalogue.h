@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <string>
 
 class Server;
@@ -17,7 +18,7 @@ struct SetupRecord {
 };
 
 class SetupCatalogue {
-public:
+  public:
     explicit SetupCatalogue(Server& server);
 
     void reset();
@@ -27,13 +28,22 @@ public:
     // SaveINI, InitSetups, LoadSetups: the end of every change to Setups.
     void commit();
 
+    // Sending the catalogue to a player: the list of setups by number and name (the player's
+    // mark goes back to "-" first), and one setup's record lines exactly as loaded.
+    void SendSetupList(int16_t player);
+    void SendSetup(int16_t setupNumber, int16_t player);
+
     const VbList<SetupRecord>& Setups() const { return Setups_; }
+    // The record lines of setup n; "Subscript out of range" outside 1..ubound (element 0 is
+    // a placeholder without lines).
+    const VbList<std::string>& linesOf(long setupNumber) const;
     // For the operator's forms, which edit the list and then commit().
     VbList<SetupRecord>& editableSetups() { return Setups_; }
-    long SetupCount() const { return SetupCount_; }
+    int16_t SetupCount() const { return SetupCount_; }
 
-private:
+  private:
     Server& server_;
     VbList<SetupRecord> Setups_;
-    long SetupCount_ = 0;
+    // A 16-bit count, like every setup number a player can ask for.
+    int16_t SetupCount_ = 0;
 };

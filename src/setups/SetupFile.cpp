@@ -41,7 +41,8 @@ SetupFileLines readSetupFile(const QString& path) {
     if (lines.empty()) return setup;
     setup.name = lines.front();
     for (size_t i = 1; i < lines.size(); ++i)
-        if (std::string record = recordLineOrEmpty(lines[i]); !record.empty()) setup.records.push_back(std::move(record));
+        if (std::string record = recordLineOrEmpty(lines[i]); !record.empty())
+            setup.records.push_back(std::move(record));
     return setup;
 }
 
@@ -53,7 +54,8 @@ SetupRecordFields interpretRecordLine(std::string_view line) {
 }
 
 SetupFileWriter::SetupFileWriter(const QString& path) : file_(path) {
-    if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate)) throw RuntimeError(75, "Path/File access error");
+    if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw RuntimeError(75, "Path/File access error");
 }
 
 void SetupFileWriter::line(std::string_view text) {
@@ -61,4 +63,6 @@ void SetupFileWriter::line(std::string_view text) {
     file_.write("\r\n", 2);
 }
 
-void SetupFileWriter::close() { file_.close(); }
+void SetupFileWriter::close() {
+    file_.close();
+}

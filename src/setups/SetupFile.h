@@ -38,12 +38,12 @@ SetupRecordFields interpretRecordLine(std::string_view line);
 
 // Writes a setup file line by line, replacing any file of that name.
 class SetupFileWriter {
-public:
+  public:
     // "Path/File access error" when the file cannot be created (a name the file system refuses).
     explicit SetupFileWriter(const QString& path);
     void line(std::string_view text);
     void close();
 
-private:
+  private:
     QFile file_;
 };
