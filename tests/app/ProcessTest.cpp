@@ -8,7 +8,10 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
+
 #include <csignal>
+#include <memory>
 
 namespace {
 
@@ -39,17 +42,17 @@ public:
         process.start(exe(), {});
         process.waitForStarted();
     }
-    // Waits until the production ports accept (the AI Spy's is opened last).
-    static bool waitListening() {
-        return pumpUntil(
-            [] {
-                QTcpSocket probe;
-                probe.connectToHost(QHostAddress::LocalHost, 5554);
-                bool up = probe.waitForConnected(50);
-                probe.abort();
-                return up;
-            },
-            5000ms);
+    // Waits until the production ports accept (the AI Spy's is opened last) and keeps that first
+    // connection as the AI Spy: a probe that left would hold the link until the server saw it go.
+    static std::unique_ptr<Peer> connectAiSpy() {
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < 5000) {
+            auto aiSpy = std::make_unique<Peer>(5554);
+            if (aiSpy->isConnected()) return aiSpy;
+            pumpFor(10ms);
+        }
+        return nullptr;
     }
 
     QTemporaryDir dir, lockDir;
@@ -61,7 +64,8 @@ TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
     RealServer server;
     QProcess first;
     server.start(first);
-    ASSERT_TRUE(RealServer::waitListening());
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
     EXPECT_EQ(server.read("tessark.ini"), "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n");
 
     QProcess second;
@@ -70,10 +74,9 @@ TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
     EXPECT_EQ(second.exitCode(), 0);
     EXPECT_EQ(second.readAllStandardError().trimmed().toStdString(), "The application is allready running.");
 
-    pumpFor(100ms); // the probes' own connections are gone
-    Peer aiSpy(5554), player(5555), awacs(5556), sim(5557);
+    Peer player(5555), awacs(5556), sim(5557);
     ::kill(static_cast<pid_t>(first.processId()), SIGTERM);
-    EXPECT_EQ(aiSpy.take(1).at(0).text(), "CLOSE1");
+    EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
     for (Peer* peer : {&player, &awacs, &sim}) EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
     ASSERT_TRUE(first.waitForFinished(3000));
     EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
@@ -86,7 +89,8 @@ TEST(RealServer, WithLoggingOnALoneNulFromAPlayerWritesOneErrorLineAndEndsThePro
     RealServer server("[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n");
     QProcess process;
     server.start(process);
-    ASSERT_TRUE(RealServer::waitListening());
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
     Peer player(5555);
     player.sendRaw(QByteArray(1, '\0'));
     ASSERT_TRUE(process.waitForFinished(3000));
