@@ -1,16 +1,15 @@
 #pragma once
 #include "server/StatusDisplay.h"
+#include "setups/wizard/SetupListFrm.h"
 
 #include <QMainWindow>
 #include <QPointer>
-
 
 #include <memory>
 
 class Server;
 class TrayIcon;
 class SetupWizard;
-#include "setups/wizard/SetupListFrm.h"
 class OperatorDialogs;
 class QAction;
 class QLabel;
