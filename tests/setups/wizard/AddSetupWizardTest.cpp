@@ -19,7 +19,9 @@ TEST_F(WizardTest, CreatesASetupFromTheInstallation) {
     wizard_.start();
     ASSERT_EQ(pageName(), "AddSetupFrm1");
     EXPECT_EQ(page()->windowTitle(), "Add Setup Wizard");
-    QTest::mouseClick(control<QRadioButton>("Option1_1"), Qt::LeftButton);
+    QRadioButton* create = control<QRadioButton>("Option1_1");
+    EXPECT_TRUE(create->isChecked()); // the default
+    QTest::mouseClick(create, Qt::LeftButton, {}, QPoint(6, create->height() / 2));
     next();
 
     ASSERT_EQ(pageName(), "AddSetupF4Frm1");
