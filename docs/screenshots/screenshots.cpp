@@ -17,9 +17,11 @@ namespace {
 
 // Chooses two files of the installation when "Browse" is pressed.
 class ChosenFiles : public OperatorDialogs {
-public:
+  public:
     QStringList files;
-    QStringList openFiles(QWidget*, const QString&, const QString&, const QString&, bool) override { return files; }
+    QStringList openFiles(QWidget*, const QString&, const QString&, const QString&, bool) override {
+        return files;
+    }
     void errorBox(QWidget*, const QString&, const QString&) override {}
     void unhandledError(QWidget*, const RuntimeError&) override {}
 };
@@ -32,7 +34,8 @@ void write(const QString& path, const QByteArray& content) {
 }
 
 void settle() {
-    for (int i = 0; i < 10; ++i) QApplication::processEvents();
+    for (int i = 0; i < 10; ++i)
+        QApplication::processEvents();
 }
 
 bool save(QWidget* w, const QString& path) {
@@ -50,8 +53,9 @@ int main(int argc, char** argv) {
     // A Falcon installation in a Wine-style prefix, and a program directory.
     QTemporaryDir prefix, programDir;
     qputenv("WINEPREFIX", prefix.path().toUtf8());
-    write(prefix.filePath("system.reg"), "WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0]\n"
-                                         "\"baseDir\"=\"C:\\\\Falcon4\"\n\"curTheater\"=\"Korea KTO\"\n");
+    write(prefix.filePath("system.reg"),
+          "WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0]\n"
+          "\"baseDir\"=\"C:\\\\Falcon4\"\n\"curTheater\"=\"Korea KTO\"\n");
     const QString falcon = prefix.path() + "/drive_c/Falcon4";
     write(falcon + "/cobra.cfg", "set g_bRealisticAvionics 1\r\n");
     write(falcon + "/terrdata/objects/KoreaObj.dat", "objects");

@@ -65,8 +65,10 @@ std::vector<std::pair<QChar, QString>> driveTargets() {
 } // namespace
 
 void GetFalconRegistry(FalconInstallation& falcon) {
-    falcon.FalconDir = withoutNuls(RegReadValue(RegistryRoot::LocalMachine, kFalconRegistryKey, "baseDir").asText()) + "\\";
-    falcon.FalconTheater = withoutNuls(RegReadValue(RegistryRoot::LocalMachine, kFalconRegistryKey, "curTheater").asText());
+    falcon.FalconDir =
+        withoutNuls(RegReadValue(RegistryRoot::LocalMachine, kFalconRegistryKey, "baseDir").asText()) + "\\";
+    falcon.FalconTheater =
+        withoutNuls(RegReadValue(RegistryRoot::LocalMachine, kFalconRegistryKey, "curTheater").asText());
 }
 
 void GetFalconConfig(FalconInstallation& falcon) {

@@ -30,14 +30,30 @@ bool unescapeUntil(const QString& line, qsizetype& i, QChar end, QString& out) {
         }
         QChar e = line[i++];
         switch (e.unicode()) {
-        case 'a': out += QChar(7); break;
-        case 'b': out += QChar(8); break;
-        case 'e': out += QChar(27); break;
-        case 'f': out += QChar(12); break;
-        case 'n': out += QChar(10); break;
-        case 'r': out += QChar(13); break;
-        case 't': out += QChar(9); break;
-        case 'v': out += QChar(11); break;
+        case 'a':
+            out += QChar(7);
+            break;
+        case 'b':
+            out += QChar(8);
+            break;
+        case 'e':
+            out += QChar(27);
+            break;
+        case 'f':
+            out += QChar(12);
+            break;
+        case 'n':
+            out += QChar(10);
+            break;
+        case 'r':
+            out += QChar(13);
+            break;
+        case 't':
+            out += QChar(9);
+            break;
+        case 'v':
+            out += QChar(11);
+            break;
         case 'x': {
             uint v = 0;
             int digits = 0;
@@ -51,7 +67,8 @@ bool unescapeUntil(const QString& line, qsizetype& i, QChar end, QString& out) {
         default:
             if (e >= '0' && e <= '7') {
                 uint v = static_cast<uint>(e.unicode() - '0');
-                for (int digits = 1; digits < 3 && i < line.size() && line[i] >= '0' && line[i] <= '7'; ++digits)
+                for (int digits = 1; digits < 3 && i < line.size() && line[i] >= '0' && line[i] <= '7';
+                     ++digits)
                     v = v * 8 + static_cast<uint>(line[i++].unicode() - '0');
                 out += QChar(static_cast<char16_t>(v));
             } else {
@@ -93,7 +110,8 @@ RegistryValue valueData(const QString& line, qsizetype i) {
 
 QString normalisedKey(const std::string& key) {
     QString k = QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size()));
-    while (k.startsWith('\\')) k.remove(0, 1);
+    while (k.startsWith('\\'))
+        k.remove(0, 1);
     return k;
 }
 
@@ -110,20 +128,24 @@ std::string wow64Twin(const std::string& key) {
 QString winePrefixDir() {
     QString prefix = qEnvironmentVariable("WINEPREFIX");
     if (prefix.isEmpty()) prefix = QDir::homePath() + "/.wine";
-    while (prefix.size() > 1 && prefix.endsWith('/')) prefix.chop(1);
+    while (prefix.size() > 1 && prefix.endsWith('/'))
+        prefix.chop(1);
     return prefix;
 }
 
-RegistryValue readWineRegistryValue(const QString& regFile, const std::string& subKey, const std::string& valueName) {
+RegistryValue readWineRegistryValue(const QString& regFile, const std::string& subKey,
+                                    const std::string& valueName) {
     QFile file(regFile);
     if (!file.open(QIODevice::ReadOnly)) return {};
     const QString wantedKey = normalisedKey(subKey);
-    const QString wantedName = QString::fromLatin1(valueName.data(), static_cast<qsizetype>(valueName.size()));
+    const QString wantedName =
+        QString::fromLatin1(valueName.data(), static_cast<qsizetype>(valueName.size()));
     bool inKey = false;
     QString key;
     while (!file.atEnd()) {
         QString line = QString::fromUtf8(file.readLine());
-        while (line.endsWith('\n') || line.endsWith('\r')) line.chop(1);
+        while (line.endsWith('\n') || line.endsWith('\r'))
+            line.chop(1);
         if (keyHeader(line, key)) {
             if (inKey) return {}; // the key was there, the value was not
             inKey = key.compare(wantedKey, Qt::CaseInsensitive) == 0;
@@ -158,16 +180,16 @@ RegistryValue readWindowsValue(const std::string& subKey, const std::string& val
     if (RegQueryValueExA(key, valueName.c_str(), nullptr, &type, nullptr, &size) == ERROR_SUCCESS) {
         if (type == REG_SZ) {
             std::string text(size, '\0');
-            if (RegQueryValueExA(key, valueName.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size) ==
-                ERROR_SUCCESS) {
+            if (RegQueryValueExA(key, valueName.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(text.data()),
+                                 &size) == ERROR_SUCCESS) {
                 text.resize(size);
                 value.kind = RegistryValue::String;
                 value.text = std::move(text);
             }
         } else if (type == REG_DWORD && size == sizeof(DWORD)) {
             DWORD n = 0;
-            if (RegQueryValueExA(key, valueName.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(&n), &size) ==
-                ERROR_SUCCESS) {
+            if (RegQueryValueExA(key, valueName.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(&n),
+                                 &size) == ERROR_SUCCESS) {
                 value.kind = RegistryValue::DWord;
                 value.number = n;
             }
@@ -186,7 +208,8 @@ RegistryValue RegReadValue(RegistryRoot, const std::string& subKey, const std::s
     const QString systemReg = winePrefixDir() + "/system.reg";
     RegistryValue value = readWineRegistryValue(systemReg, subKey, valueName);
     if (value.kind == RegistryValue::Empty) {
-        if (std::string twin = wow64Twin(subKey); !twin.empty()) value = readWineRegistryValue(systemReg, twin, valueName);
+        if (std::string twin = wow64Twin(subKey); !twin.empty())
+            value = readWineRegistryValue(systemReg, twin, valueName);
     }
     return value;
 #endif

@@ -31,4 +31,5 @@ QString winePrefixDir();
 
 // One value of a key in a Wine registry file (keys and names without regard to case), with
 // Wine's escapes undone (\\ \" \n \t \xHHHH \ooo ...).
-RegistryValue readWineRegistryValue(const QString& regFile, const std::string& subKey, const std::string& valueName);
+RegistryValue readWineRegistryValue(const QString& regFile, const std::string& subKey,
+                                    const std::string& valueName);

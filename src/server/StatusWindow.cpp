@@ -16,7 +16,9 @@
 #include <QVBoxLayout>
 
 // The icons are in the library's resources; a static library has to ask for them.
-static void initResources() { Q_INIT_RESOURCE(tessark); }
+static void initResources() {
+    Q_INIT_RESOURCE(tessark);
+}
 
 namespace {
 // Back colours of the AI Spy state, given as 0xBBGGRR: 0x80FF80 and 0x8080FF.
@@ -25,10 +27,14 @@ const QColor kAiSpyNotConnected(0xFF, 0x80, 0x80);
 
 QIcon imageListIcon(int image) {
     switch (image) {
-    case 1: return QIcon(":/icons/verified.png");
-    case 2: return QIcon(":/icons/failed.png");
-    case 3: return QIcon(":/icons/pending.png");
-    default: return {};
+    case 1:
+        return QIcon(":/icons/verified.png");
+    case 2:
+        return QIcon(":/icons/failed.png");
+    case 3:
+        return QIcon(":/icons/pending.png");
+    default:
+        return {};
     }
 }
 } // namespace
@@ -91,7 +97,8 @@ void StatusWindow::buildControls() {
     layout->addWidget(Label4);
     showAiSpyState(false);
 
-    for (QWidget* w : std::initializer_list<QWidget*>{Label1, Label2, Text1, Label3, Text2, Label4}) w->setFont(tahoma);
+    for (QWidget* w : std::initializer_list<QWidget*>{Label1, Label2, Text1, Label3, Text2, Label4})
+        w->setFont(tahoma);
     setCentralWidget(central);
 }
 
@@ -130,8 +137,12 @@ void StatusWindow::showPlayers(const std::vector<PlayerRow>& rows) {
     }
 }
 
-void StatusWindow::showAwacsCount(const QString& text) { Text1->setText(text); }
-void StatusWindow::showSimCount(const QString& text) { Text2->setText(text); }
+void StatusWindow::showAwacsCount(const QString& text) {
+    Text1->setText(text);
+}
+void StatusWindow::showSimCount(const QString& text) {
+    Text2->setText(text);
+}
 
 void StatusWindow::showAiSpyState(bool connected) {
     Label4->setText(connected ? "AI Spy connected" : "AI Spy not connected");
@@ -153,7 +164,9 @@ void StatusWindow::addTrayIcon(const QString& tip) {
     if (TrayIcon::available()) tray_->add(tip);
 }
 
-void StatusWindow::removeTrayIcon() { tray_->remove(); }
+void StatusWindow::removeTrayIcon() {
+    tray_->remove();
+}
 
 void StatusWindow::unloadOtherForms() {
     if (wizard_) wizard_->unloadCurrent();

@@ -22,7 +22,7 @@ class QTreeWidget;
 // server reports and hands the operator's commands to the server and the setup forms.
 class StatusWindow : public QMainWindow, public StatusDisplay {
     Q_OBJECT
-public:
+  public:
     explicit StatusWindow(QWidget* parent = nullptr);
     ~StatusWindow() override;
     void attach(Server& server);
@@ -44,11 +44,11 @@ public:
     SetupWizard* wizard() { return wizard_.get(); }
     SetupListFrm* setupList() { return setupList_; }
 
-protected:
+  protected:
     // The close box only puts the window away; "Exit" ends the server.
     void closeEvent(QCloseEvent* event) override;
 
-private:
+  private:
     void buildControls();
     void buildMenus();
     void mnuExit_Click();

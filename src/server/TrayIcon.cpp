@@ -25,7 +25,9 @@ TrayIcon::~TrayIcon() {
     delete mnuPopup1;
 }
 
-bool TrayIcon::available() { return QSystemTrayIcon::isSystemTrayAvailable(); }
+bool TrayIcon::available() {
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
 
 void TrayIcon::add(const QString& tip) {
     if (!icon_) {
@@ -46,4 +48,6 @@ void TrayIcon::remove() {
     icon_ = nullptr;
 }
 
-bool TrayIcon::shown() const { return icon_ && icon_->isVisible(); }
+bool TrayIcon::shown() const {
+    return icon_ && icon_->isVisible();
+}

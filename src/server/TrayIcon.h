@@ -9,7 +9,7 @@ class QSystemTrayIcon;
 
 class TrayIcon : public QObject {
     Q_OBJECT
-public:
+  public:
     explicit TrayIcon(QObject* parent = nullptr);
     ~TrayIcon() override;
 
@@ -24,11 +24,11 @@ public:
     QAction* showAction() const { return mnuShow; }
     QAction* exitAction() const { return mnupExit; }
 
-signals:
+  signals:
     void showRequested();
     void exitRequested();
 
-private:
+  private:
     QSystemTrayIcon* icon_ = nullptr;
     QMenu* mnuPopup1;
     QAction* mnuShow;

@@ -38,7 +38,9 @@ std::uint32_t fileCrc32(const QString& localPath, const ChecksumProgress& progre
     return crc;
 }
 
-std::string checksumText(std::uint32_t crc) { return std::to_string(static_cast<std::int32_t>(crc)); }
+std::string checksumText(std::uint32_t crc) {
+    return std::to_string(static_cast<std::int32_t>(crc));
+}
 
 std::string fileChecksumText(const QString& localPath, const ChecksumProgress& progress) {
     return checksumText(fileCrc32(localPath, progress));

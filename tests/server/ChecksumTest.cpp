@@ -1,5 +1,5 @@
-#include "server/RuntimeError.h"
 #include "setups/Checksum.h"
+#include "server/RuntimeError.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -22,7 +22,8 @@ std::uint32_t referenceCrc(const QByteArray& data) {
     std::uint32_t crc = 0xFFFFFFFFu;
     for (unsigned char c : data) {
         crc ^= c;
-        for (int k = 0; k < 8; ++k) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+        for (int k = 0; k < 8; ++k)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
     }
     return ~crc;
 }
@@ -54,7 +55,8 @@ TEST(Checksum, LargeFileAcrossBlocksWithProgress) {
     std::vector<std::int64_t> calls;
     EXPECT_EQ(fileCrc32(path, [&](std::int64_t done) { calls.push_back(done); }), referenceCrc(data));
     ASSERT_GE(calls.size(), 2u);
-    for (size_t i = 1; i < calls.size(); ++i) EXPECT_GT(calls[i], calls[i - 1]);
+    for (size_t i = 1; i < calls.size(); ++i)
+        EXPECT_GT(calls[i], calls[i - 1]);
     EXPECT_LE(calls.back(), data.size());
 }
 

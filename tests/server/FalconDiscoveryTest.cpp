@@ -10,7 +10,7 @@ namespace {
 
 // A Wine prefix in a temporary directory, used as $WINEPREFIX for the test's duration.
 class WinePrefix : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         saved_ = qgetenv("WINEPREFIX");
         hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
@@ -31,7 +31,8 @@ protected:
         f.write(content);
     }
     void systemReg(const QByteArray& body) {
-        write("system.reg", "WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=win64\n\n" + body);
+        write("system.reg",
+              "WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=win64\n\n" + body);
     }
 
     QTemporaryDir tmp_;
@@ -102,13 +103,16 @@ TEST_F(WinePrefix, DriveLettersMapIntoThePrefixAndBack) {
     QFile::link(elsewhere.path(), prefix_ + "/dosdevices/d:");
     QFile::link("../drive_c", prefix_ + "/dosdevices/c:");
 
-    EXPECT_EQ(localFilePath("C:\\Falcon4\\Data\\Sub\\file.dat"), prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat");
+    EXPECT_EQ(localFilePath("C:\\Falcon4\\Data\\Sub\\file.dat"),
+              prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat");
     // Windows paths ignore case; the directories are found as they are spelled on disk.
-    EXPECT_EQ(localFilePath("c:\\FALCON4\\data\\SUB\\File.DAT"), prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat");
+    EXPECT_EQ(localFilePath("c:\\FALCON4\\data\\SUB\\File.DAT"),
+              prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat");
     EXPECT_EQ(localFilePath("C:\\Falcon4\\"), prefix_ + "/drive_c/Falcon4/");
     EXPECT_EQ(localFilePath("D:\\Games\\x.cfg"), prefix_ + "/dosdevices/d:/Games/x.cfg");
 
-    EXPECT_EQ(windowsFilePath(prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat"), "C:\\Falcon4\\Data\\Sub\\file.dat");
+    EXPECT_EQ(windowsFilePath(prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat"),
+              "C:\\Falcon4\\Data\\Sub\\file.dat");
     EXPECT_EQ(windowsFilePath(elsewhere.path() + "/Games"), "D:\\Games");
     // Outside every drive the path stays what it is, only with Windows separators.
     QTemporaryDir outside;

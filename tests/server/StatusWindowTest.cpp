@@ -1,5 +1,5 @@
-#include "server/Server.h"
 #include "server/StatusWindow.h"
+#include "server/Server.h"
 #include "server/TrayIcon.h"
 
 #include <QAction>
@@ -16,9 +16,10 @@
 namespace {
 
 class StatusWindowTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
-        server_ = std::make_unique<Server>(window_, dir_.path() + QDir::separator(), Ports::anyFree(), [this] { ++ended_; });
+        server_ = std::make_unique<Server>(window_, dir_.path() + QDir::separator(), Ports::anyFree(),
+                                           [this] { ++ended_; });
         window_.attach(*server_);
         window_.addTrayIcon(Server::title());
         server_->start();
@@ -77,7 +78,8 @@ TEST_F(StatusWindowTest, ShowsPlayersCountersAndTheAiSpyState) {
     ASSERT_EQ(tree->topLevelItemCount(), 4);
     EXPECT_EQ(tree->topLevelItem(0)->text(0), "Viper (Night Ops)");
     EXPECT_EQ(tree->topLevelItem(2)->text(0), "Eagle ()");
-    for (int i = 0; i < 3; ++i) EXPECT_FALSE(tree->topLevelItem(i)->icon(0).isNull()) << i;
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FALSE(tree->topLevelItem(i)->icon(0).isNull()) << i;
     EXPECT_TRUE(tree->topLevelItem(3)->icon(0).isNull());
     // The three states look different.
     auto pixels = [&](int i) { return tree->topLevelItem(i)->icon(0).pixmap(16).toImage(); };

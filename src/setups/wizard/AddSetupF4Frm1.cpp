@@ -8,18 +8,22 @@
 #include <QVBoxLayout>
 
 namespace {
-QString latin1(const std::string& s) { return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size())); }
+QString latin1(const std::string& s) {
+    return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
+}
 } // namespace
 
 AddSetupF4Frm1::AddSetupF4Frm1(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm1") {
-    addText("The current installation's path and active theater are shown below. If these are not what you "
-            "wanted, then exit this wizard, make the installation you want active, and run the wizard again.");
+    addText(
+        "The current installation's path and active theater are shown below. If these are not what you "
+        "wanted, then exit this wizard, make the installation you want active, and run the wizard again.");
     auto* form = new QFormLayout;
     Text1 = new QLineEdit(this);
     Text1->setObjectName("Text1");
     Text2 = new QLineEdit(this);
     Text2->setObjectName("Text2");
-    for (QLineEdit* field : {Text1, Text2}) field->setReadOnly(true);
+    for (QLineEdit* field : {Text1, Text2})
+        field->setReadOnly(true);
     form->addRow("Path:", Text1);
     form->addRow("Theater:", Text2);
     content()->addLayout(form);
@@ -33,7 +37,9 @@ AddSetupF4Frm1::AddSetupF4Frm1(SetupWizard& wizard) : WizardPage(wizard, "AddSet
     if (!state.EditMode) GetFalconConfig(state.falcon);
 }
 
-void AddSetupF4Frm1::next() { wizard_.showPage(new AddSetupF4Frm2(wizard_)); }
+void AddSetupF4Frm1::next() {
+    wizard_.showPage(new AddSetupF4Frm2(wizard_));
+}
 
 AddSetupF4Frm2::AddSetupF4Frm2(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm2") {
     addText("Enter a name for your installation:");

@@ -6,25 +6,25 @@ class QLineEdit;
 
 class AddSetupF4Frm1 : public WizardPage {
     Q_OBJECT
-public:
+  public:
     explicit AddSetupF4Frm1(SetupWizard& wizard);
 
-protected:
+  protected:
     void next() override;
 
-private:
+  private:
     QLineEdit* Text1; // Path:
     QLineEdit* Text2; // Theater:
 };
 
 class AddSetupF4Frm2 : public WizardPage {
     Q_OBJECT
-public:
+  public:
     explicit AddSetupF4Frm2(SetupWizard& wizard);
 
-protected:
+  protected:
     void next() override;
 
-private:
+  private:
     QLineEdit* Text1;
 };

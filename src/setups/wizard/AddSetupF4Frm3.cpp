@@ -12,7 +12,9 @@
 #include <QVBoxLayout>
 
 namespace {
-QString latin1(const std::string& s) { return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size())); }
+QString latin1(const std::string& s) {
+    return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
+}
 } // namespace
 
 AddSetupF4Frm3::AddSetupF4Frm3(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm3") {
@@ -39,7 +41,8 @@ AddSetupF4Frm3::AddSetupF4Frm3(SetupWizard& wizard) : WizardPage(wizard, "AddSet
 
     const WizardState& state = wizard_.state();
     if (state.EditMode) {
-        for (int i = 1; i <= state.SelectedFiles.ubound(); ++i) List1->addItem(latin1(state.SelectedFiles[i]));
+        for (int i = 1; i <= state.SelectedFiles.ubound(); ++i)
+            List1->addItem(latin1(state.SelectedFiles[i]));
         Check1->setChecked(state.CheckSimFlag);
     }
 }
@@ -48,15 +51,17 @@ void AddSetupF4Frm3::Command3_Click() {
     // Any failure here (a cancelled dialog included) adds nothing and says nothing.
     try {
         const std::string& falconDir = wizard_.state().falcon.FalconDir;
-        const QStringList chosen = wizard_.dialogs().openFiles(this, "Select Falcon Files", localFilePath(falconDir),
-                                                               "All Files (*)", true);
+        const QStringList chosen = wizard_.dialogs().openFiles(
+            this, "Select Falcon Files", localFilePath(falconDir), "All Files (*)", true);
         if (chosen.isEmpty()) return;
         const BrowseResult result = filesInsideInstallation(dialogFileNameText(chosen), falconDir);
         if (result.outsideInstallation) {
-            wizard_.dialogs().errorBox(this, "Your selection must be inside current Falcon 4 installation", "Error");
+            wizard_.dialogs().errorBox(this, "Your selection must be inside current Falcon 4 installation",
+                                       "Error");
             return;
         }
-        for (const std::string& path : result.relativePaths) List1->addItem(latin1(path));
+        for (const std::string& path : result.relativePaths)
+            List1->addItem(latin1(path));
     } catch (const RuntimeError&) {
     }
 }
@@ -70,6 +75,7 @@ void AddSetupF4Frm3::next() {
     WizardState& state = wizard_.state();
     state.CheckSimFlag = Check1->isChecked();
     state.SelectedFiles = VbList<std::string>::withUpperBound(List1->count());
-    for (int i = 1; i <= List1->count(); ++i) state.SelectedFiles[i] = List1->item(i - 1)->text().toLatin1().toStdString();
+    for (int i = 1; i <= List1->count(); ++i)
+        state.SelectedFiles[i] = List1->item(i - 1)->text().toLatin1().toStdString();
     wizard_.showPage(new AddSetupF4Frm4(wizard_));
 }

@@ -7,13 +7,13 @@ class QListWidget;
 
 class AddSetupF4Frm3 : public WizardPage {
     Q_OBJECT
-public:
+  public:
     explicit AddSetupF4Frm3(SetupWizard& wizard);
 
-protected:
+  protected:
     void next() override;
 
-private:
+  private:
     void Command3_Click(); // Browse
     void Command4_Click(); // DELETE
 

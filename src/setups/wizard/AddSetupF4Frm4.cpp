@@ -25,6 +25,7 @@ AddSetupF4Frm4::AddSetupF4Frm4(SetupWizard& wizard) : WizardPage(wizard, "AddSet
 
 void AddSetupF4Frm4::next() {
     WizardState& state = wizard_.state();
-    for (int j = 1; j <= state.ConfigOptions.ubound(); ++j) state.ConfigOptions[j].Checked = List1->item(j - 1)->isSelected();
+    for (int j = 1; j <= state.ConfigOptions.ubound(); ++j)
+        state.ConfigOptions[j].Checked = List1->item(j - 1)->isSelected();
     wizard_.showPage(new AddSetupF4Frm5(wizard_));
 }

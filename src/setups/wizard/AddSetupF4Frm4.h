@@ -6,13 +6,13 @@ class QListWidget;
 
 class AddSetupF4Frm4 : public WizardPage {
     Q_OBJECT
-public:
+  public:
     // Reads the configuration file (when not editing): "File not found" if it is missing.
     explicit AddSetupF4Frm4(SetupWizard& wizard);
 
-protected:
+  protected:
     void next() override;
 
-private:
+  private:
     QListWidget* List1;
 };

@@ -6,15 +6,15 @@ class QProgressBar;
 
 class AddSetupF4Frm5 : public WizardPage {
     Q_OBJECT
-public:
+  public:
     explicit AddSetupF4Frm5(SetupWizard& wizard);
     // Writes the setup once, on the first showing.
     void shown() override;
 
-protected:
+  protected:
     void reject() override {} // no way out while the file is written
 
-private:
+  private:
     void build();
 
     QProgressBar* ProgressBar1;
@@ -23,6 +23,6 @@ private:
 
 class AddSetupEndFrm : public WizardPage {
     Q_OBJECT
-public:
+  public:
     explicit AddSetupEndFrm(SetupWizard& wizard);
 };

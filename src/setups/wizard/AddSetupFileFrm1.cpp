@@ -40,15 +40,16 @@ void AddSetupFileFrm1::Command3_Click() {
 void AddSetupFileFrm1::next() {
     const QString path = Text1->text();
     if (!QFileInfo(path).isFile()) {
-        wizard_.dialogs().errorBox(this, "The file that you specified doesn't exist. Please specify another file", "Error");
+        wizard_.dialogs().errorBox(
+            this, "The file that you specified doesn't exist. Please specify another file", "Error");
         return;
     }
     // This handler has its own error handling: the operator is told and stays on the page.
     try {
         importOrEdit(path);
     } catch (const RuntimeError&) {
-        wizard_.dialogs().errorBox(this, "An Error occured. Make sure the file you tried to import or edit is valid.",
-                                   "Error");
+        wizard_.dialogs().errorBox(
+            this, "An Error occured. Make sure the file you tried to import or edit is valid.", "Error");
     }
 }
 

@@ -8,13 +8,13 @@ class QLineEdit;
 
 class AddSetupFileFrm1 : public WizardPage {
     Q_OBJECT
-public:
+  public:
     explicit AddSetupFileFrm1(SetupWizard& wizard);
 
-protected:
+  protected:
     void next() override;
 
-private:
+  private:
     void Command3_Click(); // Browse
     void importOrEdit(const QString& path);
 

@@ -9,9 +9,10 @@
 AddSetupFrm1::AddSetupFrm1(SetupWizard& wizard) : WizardPage(wizard, "AddSetupFrm1") {
     addText("This wizard will guide you to correctly add a setup of Falcon4, to be verified by the clients.");
     addText("Select one of the options below.");
-    const char* captions[3] = {"I want to import an already created file.",
-                               "I want to create a new setup based on my current installation of Falcon 4.",
-                               "I want to edit an already created setup based on my current installation of Falcon 4."};
+    const char* captions[3] = {
+        "I want to import an already created file.",
+        "I want to create a new setup based on my current installation of Falcon 4.",
+        "I want to edit an already created setup based on my current installation of Falcon 4."};
     for (int i = 0; i < 3; ++i) {
         Option1[i] = new QRadioButton(captions[i], this);
         Option1[i]->setObjectName(QString("Option1_%1").arg(i));

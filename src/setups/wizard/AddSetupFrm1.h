@@ -6,12 +6,12 @@ class QRadioButton;
 // The first page: import a setup file, create a setup from this installation, or edit one.
 class AddSetupFrm1 : public WizardPage {
     Q_OBJECT
-public:
+  public:
     explicit AddSetupFrm1(SetupWizard& wizard);
 
-protected:
+  protected:
     void next() override;
 
-private:
+  private:
     QRadioButton* Option1[3];
 };

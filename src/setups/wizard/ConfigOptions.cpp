@@ -8,7 +8,8 @@ bool parseConfigLine(const std::string& line, ConfigOption& option) {
     if (line.find_first_not_of(' ') == std::string::npos) return false;
     if (line.size() < 4) return false;
     std::string head = line.substr(0, 4);
-    for (char& c : head) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    for (char& c : head)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     if (head != "SET ") return false;
     // The name runs from the fifth character to the next blank; the value is everything after
     // that blank, untrimmed, so a trailing comment is part of it.

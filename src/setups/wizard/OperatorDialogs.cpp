@@ -19,7 +19,9 @@ void DesktopDialogs::errorBox(QWidget* parent, const QString& text, const QStrin
 
 void DesktopDialogs::unhandledError(QWidget* parent, const RuntimeError& error) {
     QMessageBox::critical(parent, QApplication::applicationDisplayName(),
-                          QString("Run-time error '%1':\n\n%2").arg(error.number).arg(QString::fromStdString(error.description())));
+                          QString("Run-time error '%1':\n\n%2")
+                              .arg(error.number)
+                              .arg(QString::fromStdString(error.description())));
     // Like the end of any program after an error nothing handled: no unload, no goodbyes.
     std::_Exit(1);
 }

@@ -9,7 +9,7 @@
 class QWidget;
 
 class OperatorDialogs {
-public:
+  public:
     virtual ~OperatorDialogs() = default;
     // The files chosen as local paths; empty when the dialog was cancelled. `filter` is in the
     // file dialog's own form ("All Files (*)").
@@ -23,9 +23,9 @@ public:
 
 // The real thing: Qt's file dialog and message boxes.
 class DesktopDialogs : public OperatorDialogs {
-public:
-    QStringList openFiles(QWidget* parent, const QString& title, const QString& directory, const QString& filter,
-                          bool multiple) override;
+  public:
+    QStringList openFiles(QWidget* parent, const QString& title, const QString& directory,
+                          const QString& filter, bool multiple) override;
     void errorBox(QWidget* parent, const QString& text, const QString& title) override;
     void unhandledError(QWidget* parent, const RuntimeError& error) override;
 };

@@ -50,7 +50,8 @@ void writeSetupFile(const WizardState& state, const QString& path, const BuildPr
 void catalogueBuiltSetup(SetupCatalogue& setups, const std::string& setupName, const QString& path) {
     const auto& list = setups.Setups();
     bool known = false;
-    for (int i = 1; i <= list.ubound(); ++i) known = known || list[i].Name == setupName;
+    for (int i = 1; i <= list.ubound(); ++i)
+        known = known || list[i].Name == setupName;
     if (!known) {
         setups.editableSetups().append().FilePath = path.toLatin1().toStdString();
         setups.SaveINI();

@@ -46,7 +46,8 @@ void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QStrin
     const QString target = setupFilePath(appDir, lines.front());
     if (target != chosenPath) {
         SetupFileWriter out(target);
-        for (const std::string& line : lines) out.line(line);
+        for (const std::string& line : lines)
+            out.line(line);
         out.close();
     }
     setups.editableSetups().append().FilePath = target.toLatin1().toStdString();

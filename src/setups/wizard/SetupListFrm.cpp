@@ -37,7 +37,8 @@ SetupListFrm::SetupListFrm(Server& server, OperatorDialogs& dialogs, QWidget* pa
 void SetupListFrm::fillList() {
     List1->clear();
     const auto& setups = server_.setups().Setups();
-    for (int i = 1; i <= setups.ubound(); ++i) List1->addItem(QString::fromLatin1(setups[i].Name.c_str()));
+    for (int i = 1; i <= setups.ubound(); ++i)
+        List1->addItem(QString::fromLatin1(setups[i].Name.c_str()));
 }
 
 void SetupListFrm::Command2_Click() {

@@ -8,10 +8,10 @@ class QListWidget;
 
 class SetupListFrm : public QDialog {
     Q_OBJECT
-public:
+  public:
     SetupListFrm(Server& server, OperatorDialogs& dialogs, QWidget* parent = nullptr);
 
-private:
+  private:
     void Command2_Click(); // Delete Setup
     void fillList();
 

@@ -6,7 +6,9 @@
 SetupWizard::SetupWizard(Server& server, OperatorDialogs& dialogs, QWidget* owner)
     : server_(server), dialogs_(dialogs), owner_(owner) {}
 
-SetupWizard::~SetupWizard() { unloadCurrent(); }
+SetupWizard::~SetupWizard() {
+    unloadCurrent();
+}
 
 void SetupWizard::start() {
     runUnhandled(owner_, [&] { showPage(new AddSetupFrm1(*this)); });

@@ -17,7 +17,7 @@ class QWidget;
 
 class SetupWizard : public QObject {
     Q_OBJECT
-public:
+  public:
     SetupWizard(Server& server, OperatorDialogs& dialogs, QWidget* owner);
     ~SetupWizard() override;
 
@@ -36,7 +36,7 @@ public:
     OperatorDialogs& dialogs() { return dialogs_; }
     QWidget* owner() const { return owner_; }
 
-private:
+  private:
     Server& server_;
     OperatorDialogs& dialogs_;
     QWidget* owner_;

@@ -26,7 +26,8 @@ WizardPage::WizardPage(SetupWizard& wizard, const QString& name, Buttons buttons
         row->addWidget(nextButton);
         row->addWidget(cancelButton);
         layout->addLayout(row);
-        connect(nextButton, &QPushButton::clicked, this, [this] { wizard_.runUnhandled(this, [this] { next(); }); });
+        connect(nextButton, &QPushButton::clicked, this,
+                [this] { wizard_.runUnhandled(this, [this] { next(); }); });
         connect(cancelButton, &QPushButton::clicked, this, &WizardPage::reject);
     }
     resize(460, 320);

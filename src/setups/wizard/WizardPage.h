@@ -9,14 +9,14 @@ class QVBoxLayout;
 
 class WizardPage : public QDialog {
     Q_OBJECT
-public:
+  public:
     enum Buttons { NextAndCancel, NoButtons };
     WizardPage(SetupWizard& wizard, const QString& name, Buttons buttons = NextAndCancel);
 
     // Called once the page is on screen.
     virtual void shown() {}
 
-protected:
+  protected:
     // What "Next" does; the base only reaches it through the wizard's unhandled-error rule.
     virtual void next() {}
     // The text at the top of the page.
@@ -26,6 +26,6 @@ protected:
 
     SetupWizard& wizard_;
 
-private:
+  private:
     QVBoxLayout* content_;
 };

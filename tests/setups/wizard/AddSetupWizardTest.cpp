@@ -10,7 +10,8 @@
 namespace {
 QStringList listTexts(QListWidget* list) {
     QStringList texts;
-    for (int i = 0; i < list->count(); ++i) texts << list->item(i)->text();
+    for (int i = 0; i < list->count(); ++i)
+        texts << list->item(i)->text();
     return texts;
 }
 } // namespace
@@ -56,9 +57,10 @@ TEST_F(WizardTest, CreatesASetupFromTheInstallation) {
 
     ASSERT_TRUE(waitForPage("AddSetupEndFrm"));
     EXPECT_TRUE(dialogs_.unhandled.empty());
-    EXPECT_EQ(appFile("Night Ops.stp"), "Night Ops\r\nCURSET@COB\r\nCHKSIM\r\nCURTHE@Korea KTO\r\n"
-                                        "CHKSUM@Data\\Sub\\a.dat@-873187034\r\nCHKSUM@Data\\Sub\\b.dat@891568578\r\n"
-                                        "CHKSUM@top.txt@0\r\nCONFIG@g_nBar@2 // two\r\nCONFIG@g_sBaz@ spaced  \r\n");
+    EXPECT_EQ(appFile("Night Ops.stp"),
+              "Night Ops\r\nCURSET@COB\r\nCHKSIM\r\nCURTHE@Korea KTO\r\n"
+              "CHKSUM@Data\\Sub\\a.dat@-873187034\r\nCHKSUM@Data\\Sub\\b.dat@891568578\r\n"
+              "CHKSUM@top.txt@0\r\nCONFIG@g_nBar@2 // two\r\nCONFIG@g_sBaz@ spaced  \r\n");
     const auto& setups = server_.server().setups().Setups();
     ASSERT_EQ(setups.ubound(), 1);
     EXPECT_EQ(setups[1].Name, "Night Ops");
@@ -86,7 +88,8 @@ TEST_F(WizardTest, BrowseTakesOnlyFilesInsideTheInstallation) {
     install("other.txt", "1");
     dialogs_.choices.push_back({installDir() + "/top.txt", installDir() + "/other.txt"});
     click("Command3");
-    EXPECT_EQ(dialogs_.boxes, QStringList(2, "Error|Your selection must be inside current Falcon 4 installation"));
+    EXPECT_EQ(dialogs_.boxes,
+              QStringList(2, "Error|Your selection must be inside current Falcon 4 installation"));
     EXPECT_EQ(files->count(), 0);
 
     click("Command3"); // cancelled: nothing

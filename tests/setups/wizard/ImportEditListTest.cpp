@@ -18,14 +18,15 @@ void writeText(const QString& path, const std::string& text) {
 } // namespace
 
 class CataloguedSetupTest : public WizardTest {
-protected:
+  protected:
     // A setup made by hand earlier and catalogued in tessark.ini.
     void catalogue(const std::vector<std::pair<QString, std::string>>& files) {
         std::string ini = "[SETUPLIST]\r\nNUM=" + std::to_string(files.size()) + "\r\n";
         int i = 0;
         for (const auto& [name, text] : files) {
             writeText(server_.path(name), text);
-            ini += "[SETUPLIST" + std::to_string(++i) + "]\r\nFNAME=" + server_.path(name).toStdString() + "\r\n";
+            ini += "[SETUPLIST" + std::to_string(++i) + "]\r\nFNAME=" + server_.path(name).toStdString() +
+                   "\r\n";
         }
         writeText(server_.path("tessark.ini"), ini);
         server_.server().setups().InitSetups();
@@ -34,7 +35,8 @@ protected:
     void chooseOption(int i) {
         wizard_.start();
         QRadioButton* option = control<QRadioButton>(QString("Option1_%1").arg(i).toLatin1());
-        QTest::mouseClick(option, Qt::LeftButton, {}, QPoint(6, option->height() / 2)); // on the button itself
+        QTest::mouseClick(option, Qt::LeftButton, {},
+                          QPoint(6, option->height() / 2)); // on the button itself
         next();
     }
 };

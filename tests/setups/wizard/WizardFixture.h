@@ -15,7 +15,7 @@
 #include <deque>
 
 class ScriptedDialogs : public OperatorDialogs {
-public:
+  public:
     std::deque<QStringList> choices; // what each file dialog returns, in turn
     QStringList titles;              // of the dialogs shown
     QStringList boxes;               // "title|text"
@@ -28,18 +28,21 @@ public:
         choices.pop_front();
         return next;
     }
-    void errorBox(QWidget*, const QString& text, const QString& title) override { boxes << title + "|" + text; }
+    void errorBox(QWidget*, const QString& text, const QString& title) override {
+        boxes << title + "|" + text;
+    }
     void unhandledError(QWidget*, const RuntimeError& e) override { unhandled.push_back(e.number); }
 };
 
 class WizardTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
         savedPrefix_ = qgetenv("WINEPREFIX");
         qputenv("WINEPREFIX", prefix_.path().toUtf8());
         writeReg("C:\\\\Falcon4", "Korea KTO");
-        install("cobra.cfg", "set g_bFoo 1\r\nSET g_nBar 2 // two\r\n\r\nsetting x\r\nset g_sBaz  spaced  \r\n");
+        install("cobra.cfg",
+                "set g_bFoo 1\r\nSET g_nBar 2 // two\r\n\r\nsetting x\r\nset g_sBaz  spaced  \r\n");
         install("Data/Sub/a.dat", "123456789");
         install("Data/Sub/b.dat", "abc");
         install("top.txt", "");
@@ -54,7 +57,8 @@ protected:
     void writeReg(const QByteArray& baseDir, const QByteArray& theater) {
         QFile f(prefix_.filePath("system.reg"));
         f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-        f.write("WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] 1700000000\n\"baseDir\"=\"" +
+        f.write("WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] "
+                "1700000000\n\"baseDir\"=\"" +
                 baseDir + "\"\n\"curTheater\"=\"" + theater + "\"\n");
     }
     // A file of the installation, by its path below the Falcon directory.
