@@ -59,6 +59,9 @@ int main(int argc, char* argv[]) {
     const QString appDir = programDirWithSeparator(QCoreApplication::applicationDirPath());
     std::unique_ptr<Server> server;
     if (!headless) {
+        // The window hides to the notification area and the wizard's pages come and go: only
+        // "Exit" (the server's finished()) ends the program.
+        static_cast<QApplication*>(app.get())->setQuitOnLastWindowClosed(false);
         window = std::make_unique<StatusWindow>();
         display = window.get();
     }

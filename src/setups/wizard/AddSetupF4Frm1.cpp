@@ -1,0 +1,58 @@
+#include "setups/wizard/AddSetupF4Frm1.h"
+
+#include "setups/wizard/SetupWizard.h"
+#include "setups/wizard/WizardPages.h"
+
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QVBoxLayout>
+
+namespace {
+QString latin1(const std::string& s) {
+    return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
+}
+} // namespace
+
+AddSetupF4Frm1::AddSetupF4Frm1(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm1") {
+    addText(
+        "The current installation's path and active theater are shown below. If these are not what you "
+        "wanted, then exit this wizard, make the installation you want active, and run the wizard again.");
+    auto* form = new QFormLayout;
+    Text1 = new QLineEdit(this);
+    Text1->setObjectName("Text1");
+    Text2 = new QLineEdit(this);
+    Text2->setObjectName("Text2");
+    for (QLineEdit* field : {Text1, Text2})
+        field->setReadOnly(true);
+    form->addRow("Path:", Text1);
+    form->addRow("Theater:", Text2);
+    content()->addLayout(form);
+    content()->addStretch();
+
+    // Editing found the installation already, when it read the setup.
+    WizardState& state = wizard_.state();
+    if (!state.EditMode) GetFalconRegistry(state.falcon);
+    Text1->setText(latin1(state.falcon.FalconDir));
+    Text2->setText(latin1(state.falcon.FalconTheater));
+    if (!state.EditMode) GetFalconConfig(state.falcon);
+}
+
+void AddSetupF4Frm1::next() {
+    wizard_.showPage(new AddSetupF4Frm2(wizard_));
+}
+
+AddSetupF4Frm2::AddSetupF4Frm2(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm2") {
+    addText("Enter a name for your installation:");
+    Text1 = new QLineEdit(this);
+    Text1->setObjectName("Text1");
+    const WizardState& state = wizard_.state();
+    Text1->setText(state.EditMode ? latin1(state.SetupName) : QString("New Install"));
+    content()->addWidget(Text1);
+    content()->addStretch();
+}
+
+void AddSetupF4Frm2::next() {
+    // Taken as typed: a name the file system refuses fails when the file is written.
+    wizard_.state().SetupName = Text1->text().toLatin1().toStdString();
+    wizard_.showPage(new AddSetupF4Frm3(wizard_));
+}

@@ -1,0 +1,22 @@
+#pragma once
+// The files to be checked, chosen inside the installation, and the "Sim" folder check.
+#include "setups/wizard/WizardPage.h"
+
+class QCheckBox;
+class QListWidget;
+
+class AddSetupF4Frm3 : public WizardPage {
+    Q_OBJECT
+  public:
+    explicit AddSetupF4Frm3(SetupWizard& wizard);
+
+  protected:
+    void next() override;
+
+  private:
+    void Command3_Click(); // Browse
+    void Command4_Click(); // DELETE
+
+    QListWidget* List1;
+    QCheckBox* Check1;
+};

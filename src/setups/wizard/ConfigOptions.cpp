@@ -1,0 +1,31 @@
+#include "setups/wizard/ConfigOptions.h"
+
+#include "setups/SetupFile.h"
+
+#include <cctype>
+
+bool parseConfigLine(const std::string& line, ConfigOption& option) {
+    if (line.find_first_not_of(' ') == std::string::npos) return false;
+    if (line.size() < 4) return false;
+    std::string head = line.substr(0, 4);
+    for (char& c : head)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    if (head != "SET ") return false;
+    // The name runs from the fifth character to the next blank; the value is everything after
+    // that blank, untrimmed, so a trailing comment is part of it.
+    const size_t blank = line.find(' ', 4);
+    if (blank == std::string::npos) return false;
+    option.Name = line.substr(4, blank - 4);
+    option.Value = line.substr(blank + 1);
+    option.Checked = false;
+    return true;
+}
+
+VbList<ConfigOption> readConfigOptions(const QString& localPath) {
+    VbList<ConfigOption> options;
+    for (const std::string& line : readRawLines(localPath)) {
+        ConfigOption option;
+        if (parseConfigLine(line, option)) options.append(std::move(option));
+    }
+    return options;
+}

@@ -1,0 +1,31 @@
+#pragma once
+// What the operator's forms ask of the desktop beyond their own controls: file-open dialogs,
+// error boxes, and the end of the program after a run-time error nothing handles. Tests
+// replace it to choose files and to observe boxes and ends without anything modal.
+#include "server/RuntimeError.h"
+
+#include <QStringList>
+
+class QWidget;
+
+class OperatorDialogs {
+  public:
+    virtual ~OperatorDialogs() = default;
+    // The files chosen as local paths; empty when the dialog was cancelled. `filter` is in the
+    // file dialog's own form ("All Files (*)").
+    virtual QStringList openFiles(QWidget* parent, const QString& title, const QString& directory,
+                                  const QString& filter, bool multiple) = 0;
+    // A modal box with the critical-stop icon.
+    virtual void errorBox(QWidget* parent, const QString& text, const QString& title) = 0;
+    // The run-time error box, then the program ends. Only a test's version returns.
+    virtual void unhandledError(QWidget* parent, const RuntimeError& error) = 0;
+};
+
+// The real thing: Qt's file dialog and message boxes.
+class DesktopDialogs : public OperatorDialogs {
+  public:
+    QStringList openFiles(QWidget* parent, const QString& title, const QString& directory,
+                          const QString& filter, bool multiple) override;
+    void errorBox(QWidget* parent, const QString& text, const QString& title) override;
+    void unhandledError(QWidget* parent, const RuntimeError& error) override;
+};

@@ -1,0 +1,61 @@
+#include "setups/wizard/SetupFileBuilder.h"
+
+#include "setups/Checksum.h"
+#include "setups/SetupCatalogue.h"
+#include "setups/SetupFile.h"
+
+QString setupFilePath(const QString& appDir, const std::string& setupName) {
+    for (unsigned char c : setupName)
+        if (c < 32 || std::string_view("\\/:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos)
+            throw RuntimeError(52, "Bad file name or number");
+    return appDir + QString::fromLatin1(setupName.data(), static_cast<qsizetype>(setupName.size())) + ".stp";
+}
+
+void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress) {
+    const int files = state.SelectedFiles.ubound();
+    const int options = state.ConfigOptions.ubound();
+    const int total = files + options + 4;
+    int done = 0;
+    auto step = [&] {
+        ++done;
+        if (progress.step) progress.step(done, total);
+    };
+    auto during = [&](std::int64_t) {
+        if (progress.during) progress.during();
+    };
+
+    SetupFileWriter out(path);
+    out.line(state.SetupName);
+    step();
+    out.line("CURSET@" + state.falcon.FalconFlavour);
+    step();
+    if (state.CheckSimFlag) out.line("CHKSIM");
+    step();
+    out.line("CURTHE@" + state.falcon.FalconTheater);
+    step();
+    for (int k = 1; k <= files; ++k) {
+        const std::string& file = state.SelectedFiles[k];
+        const std::string checksum = fileChecksumText(localFilePath(state.falcon.FalconDir + file), during);
+        out.line("CHKSUM@" + file + "@" + checksum);
+        step();
+    }
+    for (int j = 1; j <= options; ++j) {
+        const ConfigOption& option = state.ConfigOptions[j];
+        if (option.Checked) out.line("CONFIG@" + option.Name + "@" + option.Value);
+        step();
+    }
+    out.close();
+}
+
+void catalogueBuiltSetup(SetupCatalogue& setups, const std::string& setupName, const QString& path) {
+    const auto& list = setups.Setups();
+    bool known = false;
+    for (int i = 1; i <= list.ubound(); ++i)
+        known = known || list[i].Name == setupName;
+    if (!known) {
+        setups.editableSetups().append().FilePath = path.toLatin1().toStdString();
+        setups.SaveINI();
+    }
+    setups.InitSetups();
+    setups.LoadSetups();
+}

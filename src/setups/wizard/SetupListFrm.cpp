@@ -1,0 +1,66 @@
+#include "setups/wizard/SetupListFrm.h"
+
+#include "server/Server.h"
+#include "setups/SetupCatalogue.h"
+#include "setups/wizard/OperatorDialogs.h"
+
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+SetupListFrm::SetupListFrm(Server& server, OperatorDialogs& dialogs, QWidget* parent)
+    : QDialog(parent), server_(server), dialogs_(dialogs) {
+    setObjectName("SetupListFrm");
+    setWindowTitle("List of Setups");
+    setAttribute(Qt::WA_DeleteOnClose);
+    auto* layout = new QVBoxLayout(this);
+    List1 = new QListWidget(this);
+    List1->setObjectName("List1");
+    List1->setSelectionMode(QAbstractItemView::SingleSelection);
+    layout->addWidget(List1);
+    auto* row = new QHBoxLayout;
+    auto* remove = new QPushButton("Delete Setup", this);
+    remove->setObjectName("Command2");
+    auto* exit = new QPushButton("Exit", this);
+    exit->setObjectName("Command1");
+    row->addWidget(remove);
+    row->addStretch();
+    row->addWidget(exit);
+    layout->addLayout(row);
+    connect(remove, &QPushButton::clicked, this, &SetupListFrm::Command2_Click);
+    connect(exit, &QPushButton::clicked, this, &QDialog::close);
+    fillList();
+    resize(360, 300);
+}
+
+void SetupListFrm::fillList() {
+    List1->clear();
+    const auto& setups = server_.setups().Setups();
+    for (int i = 1; i <= setups.ubound(); ++i)
+        List1->addItem(QString::fromLatin1(setups[i].Name.c_str()));
+}
+
+void SetupListFrm::Command2_Click() {
+    auto& setups = server_.setups().editableSetups();
+    const int n = setups.ubound();
+    if (n == 0) return;
+    const QModelIndexList selected = List1->selectionModel()->selectedRows();
+    const int s = selected.isEmpty() ? 0 : selected.front().row() + 1;
+    // With nothing selected every setup is copied into a list one shorter, which fails before
+    // anything has changed: the end of the program, catalogue and settings untouched.
+    VbList<SetupRecord> kept;
+    try {
+        kept = VbList<SetupRecord>::withUpperBound(n - 1);
+        for (int i = 1, j = 1; i <= n; ++i)
+            if (i != s) kept[j++] = setups[i];
+    } catch (const RuntimeError& e) {
+        dialogs_.unhandledError(this, e);
+        close();
+        return;
+    }
+    setups = std::move(kept);
+    fillList();
+    server_.setups().commit();
+    if (List1->count() > 0) List1->setCurrentRow(0);
+}

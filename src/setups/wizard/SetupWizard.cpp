@@ -1,0 +1,40 @@
+#include "setups/wizard/SetupWizard.h"
+
+#include "setups/wizard/OperatorDialogs.h"
+#include "setups/wizard/WizardPages.h"
+
+SetupWizard::SetupWizard(Server& server, OperatorDialogs& dialogs, QWidget* owner)
+    : server_(server), dialogs_(dialogs), owner_(owner) {}
+
+SetupWizard::~SetupWizard() {
+    unloadCurrent();
+}
+
+void SetupWizard::start() {
+    runUnhandled(owner_, [&] { showPage(new AddSetupFrm1(*this)); });
+}
+
+void SetupWizard::showPage(WizardPage* next) {
+    unloadCurrent();
+    current_ = next;
+    next->setWindowModality(Qt::ApplicationModal);
+    next->show();
+    next->shown();
+}
+
+void SetupWizard::unloadCurrent() {
+    if (!current_) return;
+    WizardPage* page = current_;
+    current_ = nullptr;
+    page->hide();
+    page->deleteLater();
+}
+
+void SetupWizard::runUnhandled(QWidget* page, const std::function<void()>& handler) {
+    try {
+        handler();
+    } catch (const RuntimeError& e) {
+        dialogs_.unhandledError(page, e);
+        unloadCurrent();
+    }
+}

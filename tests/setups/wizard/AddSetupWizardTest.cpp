@@ -1,0 +1,141 @@
+#include "WizardFixture.h"
+
+#include "setups/SetupCatalogue.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QRadioButton>
+
+namespace {
+QStringList listTexts(QListWidget* list) {
+    QStringList texts;
+    for (int i = 0; i < list->count(); ++i)
+        texts << list->item(i)->text();
+    return texts;
+}
+} // namespace
+
+TEST_F(WizardTest, CreatesASetupFromTheInstallation) {
+    wizard_.start();
+    ASSERT_EQ(pageName(), "AddSetupFrm1");
+    EXPECT_EQ(page()->windowTitle(), "Add Setup Wizard");
+    QRadioButton* create = control<QRadioButton>("Option1_1");
+    EXPECT_TRUE(create->isChecked()); // the default
+    QTest::mouseClick(create, Qt::LeftButton, {}, QPoint(6, create->height() / 2));
+    next();
+
+    ASSERT_EQ(pageName(), "AddSetupF4Frm1");
+    EXPECT_EQ(control<QLineEdit>("Text1")->text(), "C:\\Falcon4\\");
+    EXPECT_EQ(control<QLineEdit>("Text2")->text(), "Korea KTO");
+    next();
+
+    ASSERT_EQ(pageName(), "AddSetupF4Frm2");
+    QLineEdit* name = control<QLineEdit>("Text1");
+    EXPECT_EQ(name->text(), "New Install");
+    name->clear();
+    QTest::keyClicks(name, "Night Ops");
+    next();
+
+    ASSERT_EQ(pageName(), "AddSetupF4Frm3");
+    dialogs_.choices.push_back({installDir() + "/Data/Sub/a.dat", installDir() + "/Data/Sub/b.dat"});
+    click("Command3");
+    dialogs_.choices.push_back({installDir() + "/top.txt"});
+    click("Command3");
+    QListWidget* files = control<QListWidget>("List1");
+    EXPECT_EQ(listTexts(files), (QStringList{"Data\\Sub\\a.dat", "Data\\Sub\\b.dat", "top.txt"}));
+    EXPECT_EQ(dialogs_.titles.front(), "Select Falcon Files");
+    QTest::mouseClick(control<QCheckBox>("Check1"), Qt::LeftButton);
+    next();
+
+    ASSERT_EQ(pageName(), "AddSetupF4Frm4");
+    QListWidget* options = control<QListWidget>("List1");
+    EXPECT_EQ(listTexts(options), (QStringList{"g_bFoo (1)", "g_nBar (2 // two)", "g_sBaz ( spaced  )"}));
+    options->item(1)->setSelected(true);
+    options->item(2)->setSelected(true);
+    next();
+
+    ASSERT_TRUE(waitForPage("AddSetupEndFrm"));
+    EXPECT_TRUE(dialogs_.unhandled.empty());
+    EXPECT_EQ(appFile("Night Ops.stp"),
+              "Night Ops\r\nCURSET@COB\r\nCHKSIM\r\nCURTHE@Korea KTO\r\n"
+              "CHKSUM@Data\\Sub\\a.dat@-873187034\r\nCHKSUM@Data\\Sub\\b.dat@891568578\r\n"
+              "CHKSUM@top.txt@0\r\nCONFIG@g_nBar@2 // two\r\nCONFIG@g_sBaz@ spaced  \r\n");
+    const auto& setups = server_.server().setups().Setups();
+    ASSERT_EQ(setups.ubound(), 1);
+    EXPECT_EQ(setups[1].Name, "Night Ops");
+    EXPECT_EQ(setups[1].Lines.ubound(), 8);
+    EXPECT_EQ(setups[1].Lines[4], "CHKSUM@Data\\Sub\\a.dat@-873187034");
+    EXPECT_NE(appFile("tessark.ini").find("NUM=1"), std::string::npos);
+
+    next(); // "Finish"
+    EXPECT_EQ(page(), nullptr);
+}
+
+TEST_F(WizardTest, BrowseTakesOnlyFilesInsideTheInstallation) {
+    wizard_.start();
+    next(); // create is the default choice
+    next();
+    next();
+    ASSERT_EQ(pageName(), "AddSetupF4Frm3");
+    QListWidget* files = control<QListWidget>("List1");
+
+    QTemporaryDir outside;
+    QFile(outside.filePath("x.dat")).open(QIODevice::WriteOnly);
+    dialogs_.choices.push_back({outside.filePath("x.dat")});
+    click("Command3");
+    // Several files straight from the top directory: the dialog's directory has no final "\".
+    install("other.txt", "1");
+    dialogs_.choices.push_back({installDir() + "/top.txt", installDir() + "/other.txt"});
+    click("Command3");
+    EXPECT_EQ(dialogs_.boxes,
+              QStringList(2, "Error|Your selection must be inside current Falcon 4 installation"));
+    EXPECT_EQ(files->count(), 0);
+
+    click("Command3"); // cancelled: nothing
+    dialogs_.choices.push_back({installDir() + "/top.txt"});
+    click("Command3");
+    dialogs_.choices.push_back({installDir() + "/Data/Sub/a.dat"});
+    click("Command3");
+    EXPECT_EQ(listTexts(files), (QStringList{"top.txt", "Data\\Sub\\a.dat"}));
+    click("Command4"); // DELETE with nothing selected
+    EXPECT_EQ(files->count(), 2);
+    files->item(0)->setSelected(true);
+    click("Command4");
+    EXPECT_EQ(listTexts(files), QStringList{"Data\\Sub\\a.dat"});
+
+    click("Command2"); // Cancel: nothing written
+    EXPECT_EQ(page(), nullptr);
+    EXPECT_EQ(server_.server().setups().Setups().ubound(), 0);
+}
+
+TEST_F(WizardTest, MissingInstallationGoesOnUntilTheConfigurationIsRead) {
+    QFile::remove(prefix_.filePath("system.reg"));
+    wizard_.start();
+    next();
+    ASSERT_EQ(pageName(), "AddSetupF4Frm1");
+    EXPECT_EQ(control<QLineEdit>("Text1")->text(), "\\");
+    EXPECT_EQ(control<QLineEdit>("Text2")->text(), "");
+    next();
+    next();
+    next();
+    // No configuration file to read: a run-time error nothing handles.
+    EXPECT_EQ(dialogs_.unhandled, std::vector<int>{53});
+    EXPECT_EQ(page(), nullptr);
+}
+
+TEST_F(WizardTest, ANameTheFileSystemRefusesEndsWithNothingCatalogued) {
+    wizard_.start();
+    next();
+    next();
+    QLineEdit* name = control<QLineEdit>("Text1");
+    name->clear();
+    QTest::keyClicks(name, "Bad/Name");
+    next();
+    next();
+    next();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !dialogs_.unhandled.empty(); }, 10000));
+    EXPECT_EQ(dialogs_.unhandled, std::vector<int>{52});
+    EXPECT_EQ(page(), nullptr);
+    EXPECT_EQ(server_.server().setups().Setups().ubound(), 0);
+}

@@ -1,0 +1,98 @@
+#pragma once
+// A fake Falcon 4 installation under a Wine-style prefix, a server in a temporary program
+// directory, and file dialogs that return what the test chose.
+#include "setups/wizard/OperatorDialogs.h"
+#include "setups/wizard/SetupWizard.h"
+#include "support/TestServer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <deque>
+
+class ScriptedDialogs : public OperatorDialogs {
+  public:
+    std::deque<QStringList> choices; // what each file dialog returns, in turn
+    QStringList titles;              // of the dialogs shown
+    QStringList boxes;               // "title|text"
+    std::vector<int> unhandled;      // run-time error numbers that ended "the program"
+
+    QStringList openFiles(QWidget*, const QString& title, const QString&, const QString&, bool) override {
+        titles << title;
+        if (choices.empty()) return {};
+        QStringList next = choices.front();
+        choices.pop_front();
+        return next;
+    }
+    void errorBox(QWidget*, const QString& text, const QString& title) override {
+        boxes << title + "|" + text;
+    }
+    void unhandledError(QWidget*, const RuntimeError& e) override { unhandled.push_back(e.number); }
+};
+
+class WizardTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
+        savedPrefix_ = qgetenv("WINEPREFIX");
+        qputenv("WINEPREFIX", prefix_.path().toUtf8());
+        writeReg("C:\\\\Falcon4", "Korea KTO");
+        install("cobra.cfg",
+                "set g_bFoo 1\r\nSET g_nBar 2 // two\r\n\r\nsetting x\r\nset g_sBaz  spaced  \r\n");
+        install("Data/Sub/a.dat", "123456789");
+        install("Data/Sub/b.dat", "abc");
+        install("top.txt", "");
+    }
+    void TearDown() override {
+        if (hadPrefix_)
+            qputenv("WINEPREFIX", savedPrefix_);
+        else
+            qunsetenv("WINEPREFIX");
+    }
+
+    void writeReg(const QByteArray& baseDir, const QByteArray& theater) {
+        QFile f(prefix_.filePath("system.reg"));
+        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        f.write("WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] "
+                "1700000000\n\"baseDir\"=\"" +
+                baseDir + "\"\n\"curTheater\"=\"" + theater + "\"\n");
+    }
+    // A file of the installation, by its path below the Falcon directory.
+    QString install(const QString& relative, const QByteArray& content) {
+        const QString path = installDir() + "/" + relative;
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile f(path);
+        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        f.write(content);
+        return path;
+    }
+    QString installDir() const { return prefix_.path() + "/drive_c/Falcon4"; }
+
+    WizardPage* page() const { return wizard_.currentPage(); }
+    QString pageName() const { return page() ? page()->objectName() : QString(); }
+    template <typename T> T* control(const char* name) const {
+        T* found = page() ? page()->findChild<T*>(name) : nullptr;
+        EXPECT_NE(found, nullptr) << name << " on " << pageName().toStdString();
+        return found;
+    }
+    void click(const char* button) {
+        if (auto* b = control<QPushButton>(button)) QTest::mouseClick(b, Qt::LeftButton);
+    }
+    void next() { click("Command1"); }
+    // The last page works once it is on screen, letting events run while it does.
+    bool waitForPage(const QString& name) {
+        return QTest::qWaitFor([&] { return pageName() == name; }, 10000);
+    }
+    std::string appFile(const QString& name) const { return server_.readFile(name); }
+
+    QTemporaryDir prefix_;
+    QByteArray savedPrefix_;
+    bool hadPrefix_ = false;
+    TestServer server_;
+    ScriptedDialogs dialogs_;
+    SetupWizard wizard_{server_.server(), dialogs_, nullptr};
+};
