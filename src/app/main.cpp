@@ -78,7 +78,9 @@ int main(int argc, char* argv[]) {
     }
     if (window) window->show();
 
-    QObject::connect(server.get(), &Server::finished, app.get(), &QCoreApplication::quit, Qt::QueuedConnection);
+    // exit(), not quit(): a widget application's quit() first asks every window to close, and
+    // the status window refuses (its close box only hides it), which would cancel the exit.
+    QObject::connect(server.get(), &Server::finished, app.get(), [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
     SignalBridge signals_;
     QObject::connect(&signals_, &SignalBridge::terminationRequested, server.get(), &Server::exit);
     return app->exec();

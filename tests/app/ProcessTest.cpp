@@ -32,10 +32,12 @@ public:
         return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
     }
 
-    // Starts a copy headless; the single-instance lock lives in a temp dir of this test's own.
-    void start(QProcess& process) const {
+    // Starts a copy headless (or with the status window on an offscreen display); the
+    // single-instance lock lives in a temp dir of this test's own.
+    void start(QProcess& process, bool withWindow = false) const {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) env.remove(name);
+        if (withWindow) env.insert("QT_QPA_PLATFORM", "offscreen");
         env.insert("TMPDIR", lockDir.path());
         process.setProcessEnvironment(env);
         process.setWorkingDirectory(dir.path());
@@ -99,4 +101,18 @@ TEST(RealServer, WithLoggingOnALoneNulFromAPlayerWritesOneErrorLineAndEndsThePro
     EXPECT_NE(errors.find("Error at TskSrvForm1::ParseData - Error: 5 - "), std::string::npos) << errors;
     EXPECT_TRUE(player.waitForDisconnect()); // no "DISCON": the program just ended
     EXPECT_TRUE(player.inbox().empty());
+}
+
+TEST(RealServer, WithItsWindowUpASignalEndsItAsExitDoes) {
+    RealServer server;
+    QProcess process;
+    server.start(process, true);
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
+    Peer player(5555);
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
+    EXPECT_EQ(player.take(1).at(0).text(), "DISCON");
+    ASSERT_TRUE(process.waitForFinished(3000)); // the window's close box must not veto the end
+    EXPECT_EQ(process.exitCode(), 0);
 }

@@ -1,5 +1,7 @@
 #include "WizardFixture.h"
 
+#include "support/Peer.h"
+
 #include "setups/SetupCatalogue.h"
 
 #include <QCheckBox>
@@ -67,6 +69,19 @@ TEST_F(WizardTest, CreatesASetupFromTheInstallation) {
     EXPECT_EQ(setups[1].Lines.ubound(), 8);
     EXPECT_EQ(setups[1].Lines[4], "CHKSUM@Data\\Sub\\a.dat@-873187034");
     EXPECT_NE(appFile("tessark.ini").find("NUM=1"), std::string::npos);
+
+    // A player's program then fetches the new setup and gets the checksums just computed.
+    Peer player(server_.playerPort());
+    player.send("VALIDR", "Viper");
+    player.send("GETVLA");
+    player.send("GETVLO", "1");
+    std::vector<std::string> expected = {"PLSNEW1@Viper@@-", "PLSUPD1@Viper@@-", "SLRDIM1", "SLSADD1@Night Ops",
+                                         "SLDONE", "VLRDIM8"};
+    for (int i = 1; i <= 8; ++i) expected.push_back("VLSADD" + std::to_string(i) + "@" + setups[1].Lines[i]);
+    expected.push_back("VLDONE");
+    ASSERT_TRUE(player.waitFor(expected.size()));
+    EXPECT_EQ(player.takeAllTexts(), expected);
+    EXPECT_EQ(setups[1].Lines[5], "CHKSUM@Data\\Sub\\b.dat@891568578");
 
     next(); // "Finish"
     EXPECT_EQ(page(), nullptr);
