@@ -13,12 +13,6 @@ using ::testing::ElementsAreArray;
 
 namespace {
 
-std::vector<std::string> texts(const std::vector<Message>& messages) {
-    std::vector<std::string> out;
-    for (const Message& m : messages)
-        out.push_back(m.command + "|" + m.data);
-    return out;
-}
 
 QByteArray batch(const std::vector<std::string>& messages) {
     QByteArray bytes;

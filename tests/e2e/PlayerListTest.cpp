@@ -14,23 +14,12 @@ using ::testing::HasSubstr;
 
 namespace {
 
-std::vector<std::string> texts(const std::vector<Message>& messages) {
-    std::vector<std::string> out;
-    for (const Message& m : messages)
-        out.push_back(m.command + "|" + m.data);
-    return out;
-}
 
-void expectNext(Peer& peer, const std::vector<std::string>& expected) {
-    EXPECT_THAT(texts(peer.take(expected.size())), ElementsAreArray(expected));
-}
 
-const std::string kQuiet = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n";
-const std::string kLogging = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n";
 
 // Four registered players, P1..P4 at positions 1..4, their inboxes emptied.
 struct FourPlayers {
-    TestServer ts{kQuiet};
+    TestServer ts{kIniLogOff};
     std::vector<std::unique_ptr<Peer>> peers;
     FourPlayers() {
         for (int i = 1; i <= 4; ++i) {
@@ -68,7 +57,7 @@ TEST(PlayerList, RemovingPositionTwoOfFourRenumbersTheRest) {
 }
 
 TEST(PlayerList, ConnectionsWithoutRegistration) {
-    TestServer ts{kQuiet};
+    TestServer ts{kIniLogOff};
     Peer listed(ts.playerPort());
     listed.send("VALIDR", "Listed");
     expectNext(listed, {"PLSNEW|1@Listed@@-"});
@@ -108,7 +97,7 @@ TEST(PlayerList, ConnectionsWithoutRegistration) {
 }
 
 TEST(PlayerList, TheFortyNinthConnectionGetsNoSlot) {
-    for (const std::string& ini : {kQuiet, kLogging}) {
+    for (const std::string& ini : {kIniLogOff, kIniLogOn}) {
         TestServer ts{ini};
         std::vector<std::unique_ptr<Peer>> peers;
         for (int i = 1; i <= 48; ++i)
@@ -125,7 +114,7 @@ TEST(PlayerList, TheFortyNinthConnectionGetsNoSlot) {
         QObject::connect(&refused, &QTcpSocket::errorOccurred, [&] { dropped = true; });
         refused.connectToHost(QHostAddress::LocalHost, ts.playerPort());
         EXPECT_TRUE(pumpUntil([&] { return dropped; }));
-        if (ini == kLogging) {
+        if (ini == kIniLogOn) {
             EXPECT_EQ(ts.endsOfProgram(), 1);
             EXPECT_THAT(ts.readFile("TessarkSrvErrorLog.txt"),
                         HasSubstr(" -/- Error at TskSrvForm1::WS1_ConnectionRequest - Error: "));

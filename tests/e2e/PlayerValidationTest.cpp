@@ -11,17 +11,7 @@ using ::testing::ElementsAreArray;
 
 namespace {
 
-std::vector<std::string> texts(const std::vector<Message>& messages) {
-    std::vector<std::string> out;
-    for (const Message& m : messages)
-        out.push_back(m.command + "|" + m.data);
-    return out;
-}
 
-// Waits for the expected count, then checks them; anything extra shows up in a later check.
-void expectNext(Peer& peer, const std::vector<std::string>& expected) {
-    EXPECT_THAT(texts(peer.take(expected.size())), ElementsAreArray(expected));
-}
 
 const char* const kNightOps = "Night Ops\r\n"
                               "CURSET@BMS\r\n"

@@ -9,7 +9,6 @@
 using namespace std::string_literals;
 
 namespace {
-const std::string kLogOn = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n";
 
 int countLines(const std::string& text, const std::string& needle) {
     int n = 0;
@@ -35,7 +34,7 @@ TEST(Spine, AFirstStartCreatesTheSettingsWithTheirDefaultsAndNoLogs) {
 }
 
 TEST(Spine, LoggingOnTruncatesTheTrafficLogAndLogsTheKeepAliveEvenWithNobodyConnected) {
-    TestServer t(kLogOn, false);
+    TestServer t(kIniLogOn, false);
     t.writeFile("TessarkSrvLog.txt", "an earlier run\r\n");
     t.start();
     EXPECT_TRUE(t.server().logOn());
@@ -57,7 +56,7 @@ TEST(Spine, TheKeepAliveReachesTheAiSpy) {
 }
 
 TEST(Spine, ExitTellsTheAiSpyAndEveryConnectedPeerInOrder) {
-    TestServer t(kLogOn);
+    TestServer t(kIniLogOn);
     Peer aiSpy(t.aiSpyPort());
     Peer player1(t.playerPort()), player2(t.playerPort());
     Peer awacs(t.awacsPort()), sim(t.simPort());
@@ -100,7 +99,7 @@ TEST(Spine, TheCloseBoxOnlyHides) {
 }
 
 TEST(Spine, WithLoggingOnALoneNulEndsTheProgramThroughTheErrorLog) {
-    TestServer t(kLogOn);
+    TestServer t(kIniLogOn);
     Peer player(t.playerPort());
     player.sendRaw(QByteArray(1, '\0'));
     ASSERT_TRUE(pumpUntil([&] { return t.endsOfProgram() > 0; }));

@@ -1,6 +1,6 @@
 #include "support/Peer.h"
 
-#include <QThread>
+#include <gmock/gmock.h>
 
 Peer::Peer(quint16 port) {
     QObject::connect(&socket_, &QTcpSocket::readyRead, [this] { drain(); });
@@ -77,4 +77,14 @@ void pumpFor(std::chrono::milliseconds wait) {
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < wait.count()) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+}
+
+std::vector<std::string> texts(const std::vector<Message>& messages) {
+    std::vector<std::string> out;
+    for (const Message& m : messages) out.push_back(m.command + "|" + m.data);
+    return out;
+}
+
+void expectNext(Peer& peer, const std::vector<std::string>& expected) {
+    EXPECT_THAT(texts(peer.take(expected.size())), ::testing::ElementsAreArray(expected));
 }

@@ -47,6 +47,12 @@ private:
     std::vector<Message> inbox_;
 };
 
+// "COMMAND|data" for each message, so a failed comparison shows where the data begins.
+std::vector<std::string> texts(const std::vector<Message>& messages);
+// Waits for as many messages as expected and checks them in order; anything extra shows up in
+// a later check.
+void expectNext(Peer& peer, const std::vector<std::string>& expected);
+
 // Pumps the event loop until the predicate holds or the time runs out.
 template <typename Predicate> bool pumpUntil(Predicate predicate, std::chrono::milliseconds timeout = 3000ms);
 // Pumps the event loop for the given time.

@@ -9,6 +9,10 @@
 #include <memory>
 #include <string>
 
+// tessark.ini with no setups, logging off or on.
+inline const std::string kIniLogOff = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n";
+inline const std::string kIniLogOn = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n";
+
 class TestServer {
 public:
     // iniText: the content of tessark.ini before start ("" = no file, a first start).
