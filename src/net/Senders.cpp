@@ -6,9 +6,11 @@
 
 namespace {
 
-QByteArray frame(std::string_view command, std::string_view data) {
-    QByteArray message;
-    message.reserve(static_cast<qsizetype>(command.size() + data.size() + 1));
+// The message is copied where it is queued, so one buffer, which keeps its capacity,
+// serves every send.
+const QByteArray& frame(std::string_view command, std::string_view data) {
+    static QByteArray message;
+    message.resize(0);
     message.append(command.data(), static_cast<qsizetype>(command.size()));
     message.append(data.data(), static_cast<qsizetype>(data.size()));
     message.append('\0');

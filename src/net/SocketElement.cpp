@@ -2,17 +2,29 @@
 
 #include "server/RuntimeError.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 constexpr int kLingerMs = 10000; // how long a closed connection may take to hand over its output
-}
+
+// The elements that gathered output during the current event. One posted call hands all of
+// it over once the event is over; an element that goes away leaves the list first.
+std::vector<SocketElement*> gathering;
+bool handOverPosted = false;
+} // namespace
 
 SocketElement::SocketElement(int index, QObject* parent) : QObject(parent), index_(index) {}
 
-SocketElement::~SocketElement() { release(); }
+SocketElement::~SocketElement() {
+    release();
+    std::erase(gathering, this);
+}
 
 int SocketElement::state() const {
     if (errored_) return Error;
@@ -52,8 +64,27 @@ QByteArray SocketElement::readAll() { return socket_ ? socket_->readAll() : QByt
 
 void SocketElement::send(const QByteArray& message) {
     if (state() != Connected) throw errors::wrongState();
-    if (socket_->bytesToWrite() + message.size() > kOutputCap) return;
-    socket_->write(message);
+    if (bytesQueued() + message.size() > kOutputCap) return;
+    if (outbox_.isEmpty()) {
+        if (std::find(gathering.begin(), gathering.end(), this) == gathering.end()) gathering.push_back(this);
+        if (!handOverPosted) {
+            handOverPosted = true;
+            QMetaObject::invokeMethod(QCoreApplication::instance(), &SocketElement::handOverAll, Qt::QueuedConnection);
+        }
+    }
+    outbox_.append(message);
+}
+
+void SocketElement::handOverAll() {
+    handOverPosted = false;
+    for (size_t i = 0; i < gathering.size(); ++i) gathering[i]->handOverOutbox();
+    gathering.clear();
+}
+
+void SocketElement::handOverOutbox() {
+    if (outbox_.isEmpty()) return;
+    if (socket_ && socket_->state() == QAbstractSocket::ConnectedState) socket_->write(outbox_);
+    outbox_.resize(0); // keeps its capacity for the next event
 }
 
 void SocketElement::close() {
@@ -61,9 +92,10 @@ void SocketElement::close() {
     errored_ = false;
 }
 
-qint64 SocketElement::bytesQueued() const { return socket_ ? socket_->bytesToWrite() : 0; }
+qint64 SocketElement::bytesQueued() const { return outbox_.size() + (socket_ ? socket_->bytesToWrite() : 0); }
 
 void SocketElement::flushFor(int timeoutMs) {
+    handOverOutbox();
     if (!socket_ || socket_->state() != QAbstractSocket::ConnectedState) return;
     QElapsedTimer clock;
     clock.start();
@@ -74,6 +106,7 @@ void SocketElement::flushFor(int timeoutMs) {
 // Detaches the connection from this element, so no further event reaches the server, and
 // lets it close gracefully on its own: output already queued still reaches the peer.
 void SocketElement::release() {
+    handOverOutbox();
     QTcpSocket* socket = socket_;
     socket_ = nullptr;
     if (!socket) return;

@@ -27,7 +27,10 @@ public:
     // Takes over an accepted connection; "wrong state" unless this element is closed.
     void accept(qintptr requestId);
     QByteArray readAll();
-    // Queues one whole message; "wrong state" unless connected. Never blocks.
+    // Queues one whole message; "wrong state" unless connected. Never blocks. Messages sent
+    // within one event are gathered and handed to the connection together when the event is
+    // over, which is when the connection would start writing them anyway: a relay to many
+    // clients then costs one socket write per client and event, not one per message.
     void send(const QByteArray& message);
     // Closes without raising the close event; what was queued still goes out.
     void close();
@@ -43,7 +46,10 @@ signals:
 
 private:
     void release();
+    void handOverOutbox();
+    static void handOverAll();
     int index_;
     QTcpSocket* socket_ = nullptr;
     bool errored_ = false;
+    QByteArray outbox_; // sent during the current event, not yet handed to the connection
 };
