@@ -105,10 +105,12 @@ TEST_F(RelayBadInput, AwacsClientThatNeverReadsDoesNotHoldUpTheOthers) {
     sendAndSettle(*sim, "ADDAIR", "1");
     healthy->takeAllTexts();
 
-    const std::string position(4000, 'p');
+    // Each report carries its number, so what arrives can be checked for order and wholeness.
+    const std::string padding(4000, 'p');
+    auto report = [&](int n) { return "1@" + std::to_string(n) + ":" + padding; };
     size_t delivered = 0;
     for (int i = 0; i < 6000; ++i) {
-        sim->send("SIMLOC", "1@" + position);
+        sim->send("SIMLOC", report(i));
         if (i % 50 == 49) {
             pumpFor(2ms);
             delivered += healthy->takeAllTexts().size();
@@ -129,6 +131,28 @@ TEST_F(RelayBadInput, AwacsClientThatNeverReadsDoesNotHoldUpTheOthers) {
     EXPECT_LE(server().WS2().element(1).bytesQueued(), SocketElement::kOutputCap);
     EXPECT_GT(server().WS2().element(1).bytesQueued(), SocketElement::kOutputCap / 2);
     EXPECT_EQ(awacsListed(), 2);
+
+    // When the client reads again it gets what was queued for it, in order and whole, and
+    // then the reports that came after.
+    stalled.setReadBufferSize(0);
+    QByteArray received;
+    sendAndSettle(*sim, "SIMLOC", "1@final");
+    ASSERT_TRUE(pumpUntil(
+        [&] {
+            received += stalled.readAll();
+            return received.endsWith(QByteArray("INDATA1@final", 14));
+        },
+        10000ms));
+    int previous = -1;
+    for (const QByteArray& message : received.split('\0')) {
+        if (message.isEmpty() || message.startsWith("NEWCLT") || !message.contains(':')) continue;
+        ASSERT_TRUE(message.startsWith("INDATA1@")) << message.left(40).toStdString();
+        const int n = message.mid(8, message.indexOf(':') - 8).toInt();
+        EXPECT_GT(n, previous);
+        EXPECT_EQ(message.size(), static_cast<qsizetype>(report(n).size() + 6));
+        previous = n;
+    }
+    EXPECT_GT(previous, 0);
     EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 
