@@ -6,7 +6,7 @@
 
 namespace {
 
-void sendOnArray(Server& server, SocketArray& sockets, const char* routine, std::string_view label,
+void sendOnArray(Server& server, SocketArray& sockets, std::string_view routine, std::string_view label,
                  std::string_view command, std::string_view data, int16_t index) {
     ErrorTrap trap(server.errorLog(), routine);
     trap([&] {

@@ -73,8 +73,12 @@ void SocketElement::accept(qintptr requestId) {
 QByteArray SocketElement::readAll() { return socket_ ? socket_->readAll() : QByteArray(); }
 
 void SocketElement::send(std::string_view command, std::string_view data) {
-    if (state() != Connected) throw errors::wrongState();
-    if (outbox_.empty()) queuedBeforeEvent_ = socket_->bytesToWrite();
+    // A connection that took a message this event is still connected: nothing but the event
+    // loop, or a close that empties the outbox, changes that.
+    if (outbox_.empty()) {
+        if (state() != Connected) throw errors::wrongState();
+        queuedBeforeEvent_ = socket_->bytesToWrite();
+    }
     const qint64 size = static_cast<qint64>(command.size() + data.size() + 1);
     if (queuedBeforeEvent_ + static_cast<qint64>(outbox_.size()) + size > kOutputCap) return;
     if (outbox_.empty()) {
