@@ -6,20 +6,11 @@
 
 namespace {
 
-QByteArray frame(std::string_view command, std::string_view data) {
-    QByteArray message;
-    message.reserve(static_cast<qsizetype>(command.size() + data.size() + 1));
-    message.append(command.data(), static_cast<qsizetype>(command.size()));
-    message.append(data.data(), static_cast<qsizetype>(data.size()));
-    message.append('\0');
-    return message;
-}
-
-void sendOnArray(Server& server, SocketArray& sockets, const char* routine, std::string_view label,
+void sendOnArray(Server& server, SocketArray& sockets, std::string_view routine, std::string_view label,
                  std::string_view command, std::string_view data, int16_t index) {
     ErrorTrap trap(server.errorLog(), routine);
     trap([&] {
-        if (sockets.state(index) == SocketElement::Connected) sockets.send(index, frame(command, data));
+        if (sockets.state(index) == SocketElement::Connected) sockets.send(index, command, data);
     });
     if (server.logOn()) server.WriteLog(trafficLine(label, std::to_string(index), command, data));
 }
@@ -55,7 +46,7 @@ void Senders::SendCommand4(std::string_view command, std::string_view data) {
     ErrorTrap trap(server_.errorLog(), "SendCommand4");
     SocketElement& ws4 = server_.WS4();
     trap([&] {
-        if (ws4.state() == SocketElement::Connected) ws4.send(frame(command, data));
+        if (ws4.state() == SocketElement::Connected) ws4.send(command, data);
     });
     if (server_.logOn()) server_.WriteLog(trafficLine("Command sent to AIProcess ", "", command, data));
 }

@@ -49,9 +49,9 @@ void SocketArray::accept(int index, qintptr requestId) {
     listener_.take(requestId);
 }
 
-void SocketArray::send(int index, const QByteArray& message) {
+void SocketArray::send(int index, std::string_view command, std::string_view data) {
     if (index == 0) throw errors::wrongState();
-    element(index).send(message);
+    element(index).send(command, data);
 }
 
 QByteArray SocketArray::readAll(int index) { return index == 0 ? QByteArray() : element(index).readAll(); }

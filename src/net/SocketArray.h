@@ -27,7 +27,8 @@ public:
     void unload(int index);
     int state(int index) const;
     void accept(int index, qintptr requestId);
-    void send(int index, const QByteArray& message);
+    // One whole message, command + data + NUL.
+    void send(int index, std::string_view command, std::string_view data);
     QByteArray readAll(int index);
     void close(int index);
     // Loaded elements other than the listener, in index order.

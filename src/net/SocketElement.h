@@ -3,6 +3,9 @@
 #include <QObject>
 #include <QString>
 
+#include <string>
+#include <string_view>
+
 class QTcpSocket;
 
 // One socket control: an accepted connection of a control array, or the single AI Spy link.
@@ -27,8 +30,11 @@ public:
     // Takes over an accepted connection; "wrong state" unless this element is closed.
     void accept(qintptr requestId);
     QByteArray readAll();
-    // Queues one whole message; "wrong state" unless connected. Never blocks.
-    void send(const QByteArray& message);
+    // Queues one whole message, command + data + NUL; "wrong state" unless connected. Never
+    // blocks. Messages sent within one event are gathered and handed to the connection
+    // together when the event is over, which is when the connection would start writing them
+    // anyway: a relay to many clients costs one system write per client and event.
+    void send(std::string_view command, std::string_view data);
     // Closes without raising the close event; what was queued still goes out.
     void close();
     qint64 bytesQueued() const;
@@ -43,7 +49,11 @@ signals:
 
 private:
     void release();
+    void handOverOutbox();
+    static void handOverAll();
     int index_;
     QTcpSocket* socket_ = nullptr;
     bool errored_ = false;
+    std::string outbox_; // sent during the current event, not yet handed to the connection
+    qint64 queuedBeforeEvent_ = 0; // what the connection still held when the event began
 };

@@ -1,10 +1,13 @@
 #include "relay/AiSpyLink.h"
 
 #include "net/Framing.h"
+#include "relay/AiSpyText.h"
+#include "relay/AwacsClients.h"
 #include "server/Server.h"
 
 AiSpyLink::AiSpyLink(Server& server) : server_(server) {}
 
+// One AI Spy at a time: a second one that connects while the first is up gets no answer.
 void AiSpyLink::WS5_ConnectionRequest(qintptr requestId) {
     ErrorTrap trap(server_.errorLog(), "WS5_ConnectionRequest");
     SocketElement& ws4 = server_.WS4();
@@ -20,11 +23,19 @@ void AiSpyLink::WS5_ConnectionRequest(qintptr requestId) {
 void AiSpyLink::WS4_DataArrival() {
     ErrorTrap trap(server_.errorLog(), "WS4_DataArrival");
     QByteArray data = server_.WS4().readAll();
-    ErrorTrap parseTrap(server_.errorLog(), "ParseData4");
-    AiCommands = splitAiArrival(std::string_view(data.constData(), static_cast<size_t>(data.size())), parseTrap);
+    {
+        ErrorTrap parseTrap(server_.errorLog(), "ParseData4");
+        AiCommands =
+            splitAiArrival(std::string_view(data.constData(), static_cast<size_t>(data.size())), parseTrap);
+    }
+    for (int i = 1; i <= AiCommands.ubound(); ++i)
+        if (AiCommands[i].Command == "AIUPDT")
+            server_.awacs().SendToAwacsClients4(AISPYTxtToAWACSTxt(AiCommands[i].Data, server_.errorLog()));
 }
 
-void AiSpyLink::WS4_Close() { server_.display().showAiSpyState(false); }
+void AiSpyLink::WS4_Close() {
+    server_.display().showAiSpyState(false);
+}
 
 void AiSpyLink::WS4_Error() {
     server_.display().showAiSpyState(false);

@@ -8,14 +8,14 @@
 class Server;
 
 class AiSpyLink {
-public:
+  public:
     explicit AiSpyLink(Server& server);
     void WS5_ConnectionRequest(qintptr requestId);
     void WS4_DataArrival();
     void WS4_Close();
     void WS4_Error();
 
-private:
+  private:
     Server& server_;
     CommandList AiCommands;
 };

@@ -1,6 +1,10 @@
 #include "relay/AwacsClients.h"
 
 #include "net/Framing.h"
+#include "net/Text.h"
+#include "players/PlayerSessions.h"
+#include "relay/AirplaneText.h"
+#include "relay/SimClients.h"
 #include "server/Server.h"
 
 AwacsClients::AwacsClients(Server& server) : server_(server) {}
@@ -9,6 +13,7 @@ void AwacsClients::reset() {
     AwacsList_.reset();
     AwacsSlotUsed.fill(false);
     AwacsCommands.reset();
+    Text1_ = text::number(AwacsList_.ubound());
 }
 
 void AwacsClients::WS2_ConnectionRequest(int index, qintptr requestId) {
@@ -18,21 +23,81 @@ void AwacsClients::WS2_ConnectionRequest(int index, qintptr requestId) {
 }
 
 void AwacsClients::WS2_DataArrival(int index) {
-    QByteArray data = server_.WS2().readAll(index);
+    static constexpr std::string_view kLabel = "Command arrived from AWACS Client #";
+    ErrorTrap trap(server_.errorLog(), "WS2_DataArrival");
+    QByteArray data;
+    trap([&] { data = server_.WS2().readAll(index); });
     ParseInto(AwacsCommands, index, std::string_view(data.constData(), static_cast<size_t>(data.size())),
               server_.errorLog(), "ParseData2");
+    trap([&] {
+        const CommandList& commands = AwacsCommands[index];
+        for (int i = 1; i <= commands.ubound(); ++i) {
+            const CommandRec& command = commands[i];
+            if (command.Command == "NAWACS") {
+                server_.logArrival(kLabel, index, command);
+                AddToAWACSList(static_cast<int16_t>(index));
+            } else if (command.Command == "AWAEND") {
+                server_.logArrival(kLabel, index, command);
+                DeleteAWACSPlayer(static_cast<int16_t>(index));
+            }
+        }
+    });
 }
 
-void AwacsClients::WS2_Close(int index) { DeleteAWACSPlayer(static_cast<int16_t>(index)); }
+void AwacsClients::WS2_Close(int index) {
+    DeleteAWACSPlayer(static_cast<int16_t>(index));
+}
 
+// The connection is closed but the client stays listed and counted: later sends to it are
+// dropped by the sender. A connection that failed is in its error state rather than
+// connected, and is closed all the same.
 void AwacsClients::WS2_Error(int index) {
-    if (server_.WS2().isLoaded(index) && server_.WS2().state(index) == SocketElement::Connected)
-        server_.WS2().close(index);
+    SocketArray& ws2 = server_.WS2();
+    if (!ws2.isLoaded(index) || index == 0) return;
+    const int state = ws2.state(index);
+    if (state == SocketElement::Connected || state == SocketElement::Error) ws2.close(index);
+}
+
+void AwacsClients::AddToAWACSList(int16_t slot) {
+    ErrorTrap trap(server_.errorLog(), "AddToAWACSList");
+    AwacsList_.append(slot);
+    UpdateDisplayAWACS();
+
+    // The picture so far, to the newcomer only: players first, then the simulators' airplanes.
+    Senders& senders = server_.senders();
+    const auto& players = server_.players().Players();
+    for (int k = 1; k <= players.ubound(); ++k)
+        trap([&] {
+            senders.SendCommand2("NEWCLT", playerAnnouncement(players[k].Slot, players[k].Name), slot);
+        });
+    const auto& sims = server_.sims().SimList();
+    for (int s = 1; s <= sims.ubound(); ++s)
+        for (int j = 1; j <= sims[s].Planes.ubound(); ++j)
+            trap([&] {
+                const int16_t n = sims[s].Planes[j];
+                if (n == 0) return;
+                senders.SendCommand2("NEWCLT", airplaneAnnouncement(n, sims[s].Name), slot);
+            });
 }
 
 void AwacsClients::DeleteAWACSPlayer(int16_t slot) {
-    if (slot < 0 || slot >= 49 || !AwacsSlotUsed[static_cast<size_t>(slot)]) return;
+    if (slot < 0 || slot > SocketArray::kMaxIndex || !AwacsSlotUsed[static_cast<size_t>(slot)]) return;
     ErrorTrap trap(server_.errorLog(), "DeleteAWACSPlayer");
     trap([&] { server_.WS2().unload(slot); });
     AwacsSlotUsed[static_cast<size_t>(slot)] = false;
+
+    VbList<int16_t> remaining;
+    for (int k = 1; k <= AwacsList_.ubound(); ++k)
+        if (AwacsList_[k] != slot) remaining.append(AwacsList_[k]);
+    AwacsList_ = std::move(remaining);
+    UpdateDisplayAWACS();
+}
+
+void AwacsClients::UpdateDisplayAWACS() {
+    ErrorTrap trap(server_.errorLog(), "UpdateDisplayAWACS");
+    Text1_ = text::number(AwacsList_.ubound());
+    server_.display().showAwacsCount(QString::fromStdString(Text1_));
+    const auto& players = server_.players().Players();
+    for (int k = 1; k <= players.ubound(); ++k)
+        trap([&] { server_.senders().SendCommand("AWANUM", Text1_, players[k].Slot); });
 }

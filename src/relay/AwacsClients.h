@@ -9,11 +9,12 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 class Server;
 
 class AwacsClients {
-public:
+  public:
     explicit AwacsClients(Server& server);
     void reset();
 
@@ -22,20 +23,28 @@ public:
     void WS2_Close(int index);
     void WS2_Error(int index);
 
+    void AddToAWACSList(int16_t slot);
     void DeleteAWACSPlayer(int16_t slot);
+    void UpdateDisplayAWACS();
 
     // The relays to every registered client, at once, one message per report and client:
     // a player's F4LOCA, a simulator's SIMLOC, and converted AI Spy text.
-    void SendToAwacsClients(const std::string& data, int16_t slot);
-    void SendToAwacsClients2(const std::string& data, int16_t slot);
-    void SendToAwacsClients4(const std::string& text);
+    void SendToAwacsClients(std::string_view data, int16_t slot);
+    void SendToAwacsClients2(std::string_view data, int16_t slot);
+    void SendToAwacsClients4(std::string_view text);
 
     // The WS2 slots of the registered clients, elements 1..ubound in order of registration.
     const VbList<int16_t>& AwacsList() const { return AwacsList_; }
+    // The number of registered clients as the counter shows it and AWANUM carries it.
+    const std::string& Text1() const { return Text1_; }
 
-private:
+  private:
+    // One message to every listed client; each send is its own statement of the routine.
+    void sendToEveryClient(std::string_view command, std::string_view data, const char* routine);
+
     Server& server_;
     VbList<int16_t> AwacsList_;
     SlotTable AwacsSlotUsed{};
     VbList<CommandList> AwacsCommands;
+    std::string Text1_ = "0";
 };

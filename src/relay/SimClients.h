@@ -1,6 +1,11 @@
 #pragma once
 // The SIM channel (port 5557): simulators, their airplanes (numbered from the player slot
 // table) and the dispatch of what SIM clients send.
+//
+// Two ways of finding a simulator's record are kept on purpose: SIMNEW appends, removal
+// searches by slot, but ADDAIR, DELAIR and SIMLOC take the record whose position in SimList
+// equals the client's slot. They agree while simulators announce themselves in slot order
+// and none has left before them.
 #include "net/CommandRec.h"
 #include "net/SlotAccept.h"
 #include "server/VbList.h"
@@ -9,6 +14,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 class Server;
 
@@ -19,7 +25,10 @@ struct SimRecord {
 };
 
 class SimClients {
-public:
+  public:
+    // The most places a simulator may announce: place numbers are 16-bit on the wire.
+    static constexpr long kMaxPlaces = 32767;
+
     explicit SimClients(Server& server);
     void reset();
 
@@ -28,13 +37,22 @@ public:
     void WS3_Close(int index);
     void WS3_Error(int index);
 
+    void AddToSimList(std::string_view data, int16_t slot);
+    void AddAirplaneToSim(std::string_view data, int16_t slot);
+    void DeleteAirplaneFromSim(std::string_view data, int16_t slot);
     void DeleteSimPlayer(int16_t slot);
+    void UpdateDisplaySIM();
 
     const VbList<SimRecord>& SimList() const { return SimList_; }
+    // The number of simulators as the counter shows it and SIMNUM carries it.
+    const std::string& Text2() const { return Text2_; }
 
-private:
+  private:
+    void dispatch(int index, const CommandRec& command);
+
     Server& server_;
     VbList<SimRecord> SimList_;
     SlotTable SimSlotUsed{};
     VbList<CommandList> SimCommands;
+    std::string Text2_ = "0";
 };

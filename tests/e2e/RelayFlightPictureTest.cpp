@@ -1,0 +1,118 @@
+// A whole flight picture over loopback: simulators with airplanes, AWACS clients that come
+// and go, and positions from both sources.
+#include "RelayPeers.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+class RelayFlightPicture : public RelayTest {};
+
+TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAndRemovals) {
+    // A connected player holds slot 1, so the airplanes are numbered from 2.
+    Peer player(ts_.playerPort());
+    ASSERT_TRUE(server().players().PlayerSlotUsed()[1]);
+    listPlayer(1, "Maverick");
+
+    auto viper = announcedSim("VIPER", 4); // SIM slot 1, position 1
+    auto eagle = announcedSim("EAGLE", 2); // SIM slot 2, position 2
+    EXPECT_EQ(ts_.display().simCount, "2");
+    sendAndSettle(*viper, "ADDAIR", "3");   // airplane 2
+    sendAndSettle(*eagle, "ADDAIR", "1");   // airplane 3
+    sendAndSettle(*viper, "ADDAIR", "1@x"); // airplane 4: only the leading number counts
+    EXPECT_THAT(texts(player.take(2)), ElementsAre("SIMNUM1", "SIMNUM2"));
+
+    auto awacs = registeredAwacs();
+    EXPECT_EQ(ts_.display().awacsCount, "1");
+    EXPECT_THAT(texts(player.take(1)), ElementsAre("AWANUM1"));
+    // Players first, then each simulator's airplanes in place order.
+    EXPECT_THAT(texts(awacs->take(4)),
+                ElementsAre("NEWCLT1@Maverick", "NEWCLT4@VIPER4", "NEWCLT2@VIPER2", "NEWCLT3@EAGLE3"));
+
+    // Only the second field of a SIMLOC goes on, under the airplane number.
+    sendAndSettle(*viper, "SIMLOC", "3@N45E007 FL350@ignored");
+    sendAndSettle(*eagle, "SIMLOC", "1@S12W077");
+    sendAndSettle(*eagle, "SIMLOC", "2@empty place"); // no airplane there: nothing
+    // A player's position goes on whole, under its slot, registered or not.
+    server().awacs().SendToAwacsClients("x@y", 7);
+    EXPECT_THAT(texts(awacs->take(3)),
+                ElementsAre("INDATA2@N45E007 FL350", "INDATA3@S12W077", "INDATA7@x@y"));
+
+    // A new airplane is announced to the listed client at once.
+    sendAndSettle(*eagle, "ADDAIR", "2");
+    EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("NEWCLT5@EAGLE5"));
+
+    // Airplanes vanish with DELCLT and their numbers are free again.
+    sendAndSettle(*viper, "DELAIR", "3");
+    EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("DELCLT2"));
+    EXPECT_FALSE(server().players().PlayerSlotUsed()[2]);
+    sendAndSettle(*eagle, "SIMEND");
+    EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("DELCLT3", "DELCLT5"));
+    EXPECT_FALSE(server().players().PlayerSlotUsed()[3]);
+    EXPECT_FALSE(server().players().PlayerSlotUsed()[5]);
+    EXPECT_TRUE(eagle->waitForDisconnect());
+    EXPECT_EQ(simsListed(), 1);
+    EXPECT_EQ(ts_.display().simCount, "1");
+    EXPECT_THAT(player.takeAllTexts(), ElementsAre("SIMNUM1"));
+
+    // A simulator whose connection closes goes the same way.
+    viper->close();
+    EXPECT_TRUE(awacs->waitFor(1));
+    EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("DELCLT4"));
+    EXPECT_EQ(simsListed(), 0);
+
+    // AWAEND unlists the client and tells the players the new count.
+    awacs->send("AWAEND");
+    EXPECT_TRUE(awacs->waitForDisconnect());
+    EXPECT_EQ(awacsListed(), 0);
+    EXPECT_EQ(ts_.display().awacsCount, "0");
+    EXPECT_TRUE(player.waitFor(2));
+    EXPECT_THAT(player.takeAllTexts(), ElementsAre("SIMNUM0", "AWANUM0"));
+    EXPECT_EQ(ts_.endsOfProgram(), 0);
+}
+
+TEST_F(RelayFlightPicture, ClientListedTwiceGetsEverythingTwiceAndUnregisteredGetsNothing) {
+    auto sim = announcedSim("HORNET", 1);
+    sendAndSettle(*sim, "ADDAIR", "1");
+    Peer unregistered(ts_.awacsPort());
+    auto twice = registeredAwacs();
+    twice->send("NAWACS");
+    ASSERT_TRUE(pumpUntil([&] { return awacsListed() == 2; }));
+    EXPECT_EQ(ts_.display().awacsCount, "2");
+    EXPECT_THAT(twice->take(2), ::testing::SizeIs(2)); // the replay, once per registration
+
+    sendAndSettle(*sim, "SIMLOC", "1@here");
+    EXPECT_THAT(twice->takeAllTexts(), ElementsAre("INDATA1@here", "INDATA1@here"));
+    EXPECT_THAT(unregistered.takeAllTexts(), IsEmpty());
+}
+
+TEST_F(RelayFlightPicture, AirplaneNumbersShareThePlayerSlots) {
+    // A simulator leaving while no AWACS client is listed keeps its numbers taken, so the
+    // next player connection gets the slot after them.
+    auto sim = announcedSim("VIPER", 2);
+    sendAndSettle(*sim, "ADDAIR", "1");
+    sendAndSettle(*sim, "ADDAIR", "2");
+    sendAndSettle(*sim, "SIMEND");
+    EXPECT_TRUE(server().players().PlayerSlotUsed()[1]);
+    EXPECT_TRUE(server().players().PlayerSlotUsed()[2]);
+    Peer player(ts_.playerPort());
+    EXPECT_TRUE(server().WS1().isLoaded(3));
+    EXPECT_FALSE(server().WS1().isLoaded(1));
+}
+
+TEST_F(RelayFlightPicture, SimulatorsAreFoundByPositionForAirplanesButBySlotForRemoval) {
+    auto awacs = registeredAwacs();
+    auto first = announcedSim("ONE", 2);  // slot 1
+    auto second = announcedSim("TWO", 2); // slot 2
+    sendAndSettle(*first, "SIMEND");
+    // The simulator on slot 2 is now at position 1: its ADDAIR reaches position 2, which is
+    // gone, so nothing is announced (and the number it took stays taken).
+    sendAndSettle(*second, "ADDAIR", "1");
+    EXPECT_THAT(awacs->takeAllTexts(), IsEmpty());
+    EXPECT_TRUE(server().players().PlayerSlotUsed()[1]);
+    EXPECT_EQ(server().sims().SimList()[1].Name, "TWO");
+    EXPECT_EQ(ts_.endsOfProgram(), 0);
+}
+
+} // namespace
