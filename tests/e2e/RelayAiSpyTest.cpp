@@ -29,8 +29,8 @@ TEST_F(RelayAiSpy, UpdatesAreConvertedForEveryAwacsClient) {
     spy.sendRaw(
         update(aiRecord("BANDIT1", "250/8K", "FL 5") + aiRecord("BANDIT2", "SPD 300/120K", "FL 120")));
     const std::string converted = "BANDIT1   25000805BANDIT2   300120120";
-    EXPECT_THAT(texts(first->take(1)), ElementsAre("AILOCA" + converted));
-    EXPECT_THAT(texts(second->take(1)), ElementsAre("AILOCA" + converted));
+    EXPECT_THAT(first->takeTexts(1), ElementsAre("AILOCA" + converted));
+    EXPECT_THAT(second->takeTexts(1), ElementsAre("AILOCA" + converted));
 
     // Anything but AIUPDT is ignored; an update of nothing relays empty text.
     spy.sendRaw("HELLO!whatever");
@@ -53,14 +53,14 @@ TEST_F(RelayAiSpy, SecondAiSpyIsNotServedWhileTheFirstIsUp) {
     EXPECT_THAT(awacs->settle(), IsEmpty());
 
     first->sendRaw(update(aiRecord("FIRST", "", "FL 1")));
-    EXPECT_THAT(texts(awacs->take(1)), ElementsAre("AILOCAFIRST     01"));
+    EXPECT_THAT(awacs->takeTexts(1), ElementsAre("AILOCAFIRST     01"));
 
     first.reset();
     ASSERT_TRUE(pumpUntil([&] { return !ts_.display().aiSpyConnected; }));
     Peer third(ts_.aiSpyPort());
     EXPECT_TRUE(ts_.display().aiSpyConnected);
     third.sendRaw(update(aiRecord("THIRD", "", "FL 2")));
-    EXPECT_THAT(texts(awacs->take(1)), ElementsAre("AILOCATHIRD     02"));
+    EXPECT_THAT(awacs->takeTexts(1), ElementsAre("AILOCATHIRD     02"));
 }
 
 TEST_F(RelayAiSpy, ShapelessUpdatesNeitherStallNorStopTheLink) {

@@ -13,7 +13,8 @@ TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAn
     // A connected player holds slot 1, so the airplanes are numbered from 2.
     Peer player(ts_.playerPort());
     ASSERT_TRUE(server().players().PlayerSlotUsed()[1]);
-    listPlayer(1, "Maverick");
+    player.send("VALIDR", "Maverick");
+    EXPECT_THAT(player.takeTexts(1), ElementsAre("PLSNEW1@Maverick@@-"));
 
     auto viper = announcedSim("VIPER", 4); // SIM slot 1, position 1
     auto eagle = announcedSim("EAGLE", 2); // SIM slot 2, position 2
@@ -21,23 +22,23 @@ TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAn
     sendAndSettle(*viper, "ADDAIR", "3");   // airplane 2
     sendAndSettle(*eagle, "ADDAIR", "1");   // airplane 3
     sendAndSettle(*viper, "ADDAIR", "1@x"); // airplane 4: only the leading number counts
-    EXPECT_THAT(texts(player.take(2)), ElementsAre("SIMNUM1", "SIMNUM2"));
+    EXPECT_THAT(player.takeTexts(2), ElementsAre("SIMNUM1", "SIMNUM2"));
 
     auto awacs = registeredAwacs();
     EXPECT_EQ(ts_.display().awacsCount, "1");
-    EXPECT_THAT(texts(player.take(1)), ElementsAre("AWANUM1"));
+    EXPECT_THAT(player.takeTexts(1), ElementsAre("AWANUM1"));
     // Players first, then each simulator's airplanes in place order.
-    EXPECT_THAT(texts(awacs->take(4)),
+    EXPECT_THAT(awacs->takeTexts(4),
                 ElementsAre("NEWCLT1@Maverick", "NEWCLT4@VIPER4", "NEWCLT2@VIPER2", "NEWCLT3@EAGLE3"));
 
     // Only the second field of a SIMLOC goes on, under the airplane number.
     sendAndSettle(*viper, "SIMLOC", "3@N45E007 FL350@ignored");
     sendAndSettle(*eagle, "SIMLOC", "1@S12W077");
     sendAndSettle(*eagle, "SIMLOC", "2@empty place"); // no airplane there: nothing
-    // A player's position goes on whole, under its slot, registered or not.
-    server().awacs().SendToAwacsClients("x@y", 7);
-    EXPECT_THAT(texts(awacs->take(3)),
-                ElementsAre("INDATA2@N45E007 FL350", "INDATA3@S12W077", "INDATA7@x@y"));
+    // A player's position goes on whole, under its slot.
+    player.send("F4LOCA", "x@y");
+    EXPECT_THAT(awacs->takeTexts(3),
+                ElementsAre("INDATA2@N45E007 FL350", "INDATA3@S12W077", "INDATA1@x@y"));
 
     // A new airplane is announced to the listed client at once.
     sendAndSettle(*eagle, "ADDAIR", "2");
@@ -61,14 +62,19 @@ TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAn
     EXPECT_TRUE(awacs->waitFor(1));
     EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("DELCLT4"));
     EXPECT_EQ(simsListed(), 0);
+    EXPECT_TRUE(player.waitFor(1));
+    EXPECT_THAT(player.takeAllTexts(), ElementsAre("SIMNUM0"));
 
-    // AWAEND unlists the client and tells the players the new count.
+    // A player that leaves vanishes from the picture too.
+    player.send("VALEND");
+    EXPECT_TRUE(awacs->waitFor(1));
+    EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("DELCLT1"));
+
+    // AWAEND unlists the client.
     awacs->send("AWAEND");
     EXPECT_TRUE(awacs->waitForDisconnect());
     EXPECT_EQ(awacsListed(), 0);
     EXPECT_EQ(ts_.display().awacsCount, "0");
-    EXPECT_TRUE(player.waitFor(2));
-    EXPECT_THAT(player.takeAllTexts(), ElementsAre("SIMNUM0", "AWANUM0"));
     EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 

@@ -46,16 +46,6 @@ class RelayTest : public ::testing::Test {
         pumpFor(60ms);
     }
 
-    // Lists a player the way its VALIDR would, for picture tests that do not drive the
-    // player channel itself.
-    void listPlayer(int16_t slot, const std::string& name) {
-        auto& players = const_cast<VbList<PlayerRecord>&>(server().players().Players());
-        PlayerRecord& record = players.append();
-        record.Name = name;
-        record.Slot = slot;
-        record.Status = "-";
-    }
-
     // Connects, offers what it has to say, and reports whether the server turned it away.
     static bool turnedAway(quint16 port, const QByteArray& offered = {}) {
         QTcpSocket socket;
@@ -64,12 +54,6 @@ class RelayTest : public ::testing::Test {
         return pumpUntil([&] { return socket.state() == QAbstractSocket::UnconnectedState; });
     }
 
-    static std::vector<std::string> texts(const std::vector<Message>& messages) {
-        std::vector<std::string> out;
-        for (const Message& m : messages)
-            out.push_back(m.text());
-        return out;
-    }
 
     TestServer ts_;
 };

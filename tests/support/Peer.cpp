@@ -50,6 +50,12 @@ std::vector<Message> Peer::take(size_t count, std::chrono::milliseconds timeout)
     return taken;
 }
 
+std::vector<std::string> Peer::takeTexts(size_t count, std::chrono::milliseconds timeout) {
+    std::vector<std::string> out;
+    for (const Message& m : take(count, timeout)) out.push_back(m.text());
+    return out;
+}
+
 std::vector<std::string> Peer::takeAllTexts() {
     std::vector<std::string> texts;
     for (const Message& m : inbox_) texts.push_back(m.text());

@@ -29,6 +29,8 @@ public:
     bool waitFor(size_t count, std::chrono::milliseconds timeout = 3000ms);
     // Waits for count messages and removes them from the inbox; fewer if the time runs out.
     std::vector<Message> take(size_t count, std::chrono::milliseconds timeout = 3000ms);
+    // take(), as "COMMANDdata" texts.
+    std::vector<std::string> takeTexts(size_t count, std::chrono::milliseconds timeout = 3000ms);
     // Everything received so far, as "COMMANDdata" texts; the inbox is emptied.
     std::vector<std::string> takeAllTexts();
     // Lets the event loop run for a while and returns the texts received meanwhile.
