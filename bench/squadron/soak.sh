@@ -8,8 +8,14 @@
 #
 # Environment: LOG=0|1 (0), SQUADRON=path of the squadron binary (the build next to this
 # script), OUT=directory for the run's files (a new one under /tmp), PIN=1 pins the server
-# to CPU 0 and the simulator to CPU 1, PORT_WAIT=seconds to wait for busy ports (600).
+# to CPU 0 and the simulator to CPU 1, PORT_WAIT=seconds to wait for busy ports (600),
+# NETNS=1 runs server and simulator in a private network namespace (needs root or user
+# namespaces), so other runs on the machine's ports 5554-5557 are no obstacle.
 set -euo pipefail
+
+if [[ ${NETNS:-0} == 1 && -z ${SOAK_IN_NETNS:-} ]]; then
+    exec unshare -n env SOAK_IN_NETNS=1 bash -c 'ip link set lo up && exec "$0" "$@"' "$0" "$@"
+fi
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 [[ $# -ge 1 ]] || { sed -n '2,12p' "$0"; exit 2; }
