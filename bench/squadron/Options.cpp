@@ -28,6 +28,7 @@ void usage() {
                  "  --rogue-every S (20) --stalled N (0) --stall-after S (0)\n"
                  "  --server-pid PID    sample the server's memory and descriptors\n"
                  "  --sample-every S (1) --report-every S (10) --measure-after S (0) --margin-ms MS (300)\n"
+                 "  --warm-up S         when the server's memory counts as warmed up (min(150, duration/2))\n"
                  "  --reply-timeout S (5) --seed N (1) --quiet --verbose\n");
 }
 
@@ -186,6 +187,11 @@ std::optional<Options> parseOptions(int argc, char** argv) {
          [&](const char* v) {
              o.measureAfter = std::atof(v);
              return o.measureAfter >= 0;
+         }},
+        {"--warm-up",
+         [&](const char* v) {
+             o.warmUp = std::atof(v);
+             return o.warmUp >= 0;
          }},
         {"--margin-ms",
          [&](const char* v) {

@@ -27,6 +27,7 @@ struct Options {
     int serverPid = 0;
     double sampleEvery = 1, reportEvery = 10;
     double measureAfter = 0; // latency histogram starts this long into the traffic
+    double warmUp = -1;      // server memory "after warm-up" is read here (default min(150, duration/2))
     double marginMs = 300;
     double replyTimeout = 5;
     uint64_t seed = 1;

@@ -52,7 +52,7 @@ int Squadron::finalReport() {
     }
     const double window = double(ctx_.trafficEnd - ctx_.measureFrom) / 1e9;
     const double indataRate = window > 0 ? double(ctx_.indataInWindow) / window : 0;
-    const auto server = probe_.summary(std::min(60.0, o.duration / 5));
+    const auto server = probe_.summary(o.warmUp >= 0 ? o.warmUp : std::min(150.0, o.duration / 2));
 
     std::printf("\n== squadron: %.0f s, %d players, %d AWACS clients (+%d stalled), %d simulators, AI Spy "
                 "%s, rogues %s\n",

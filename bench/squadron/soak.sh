@@ -10,7 +10,8 @@
 # script), OUT=directory for the run's files (a new one under /tmp), PIN=1 pins the server
 # to CPU 0 and the simulator to CPU 1, PORT_WAIT=seconds to wait for busy ports (600),
 # NETNS=1 runs server and simulator in a private network namespace (needs root or user
-# namespaces), so other runs on the machine's ports 5554-5557 are no obstacle.
+# namespaces), so other runs on the machine's ports 5554-5557 are no obstacle; KEEP_LOG=1
+# keeps the whole traffic log of a LOG=1 run (only its first and last lines otherwise).
 set -euo pipefail
 
 if [[ ${NETNS:-0} == 1 && -z ${SOAK_IN_NETNS:-} ]]; then
@@ -68,14 +69,20 @@ for _ in $(seq 100); do
 done
 
 # With logging on, the traffic log's size every second: it should grow steadily.
-logger_pid=
+logger_pid= steps_pid=
 if [[ $LOG == 1 ]]; then
     ( start=$(date +%s.%N)
       while kill -0 "$pid" 2>/dev/null; do
-          printf '%s %s\n' "$(echo "$(date +%s.%N) - $start" | bc)" "$(stat -c %s "$dir/TessarkSrvLog.txt" 2>/dev/null || echo 0)"
+          printf '%s %s\n' "$(echo "$(date +%s.%N) - $start" | bc)" \
+              "$(stat -c %s "$dir/TessarkSrvLog.txt" 2>/dev/null || echo 0)"
           sleep 1
       done ) > "$dir/log-growth.txt" &
     logger_pid=$!
+    # Halfway through, 5 s of the log's size every 20 ms: buffered writes show as a few large
+    # steps instead of a crawl of one line at a time.
+    ( sleep "$(echo "$duration / 2" | bc)"
+      for _ in $(seq 250); do stat -c %s "$dir/TessarkSrvLog.txt" 2>/dev/null || echo 0; sleep 0.02; done ) > "$dir/log-steps.txt" &
+    steps_pid=$!
 fi
 
 rogues=all; [[ $LOG == 1 ]] && rogues=safe   # lone NULs end a logging server by design
@@ -92,6 +99,7 @@ for _ in $(seq 150); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
 if kill -0 "$pid" 2>/dev/null; then kill -KILL "$pid"; server_status="hung on SIGTERM (killed)"; fi
 wait "$pid" 2>/dev/null && server_status="exit 0" || { rc=$?; [[ $server_status == gone ]] && server_status="exit $rc"; }
 [[ -n $logger_pid ]] && wait "$logger_pid" 2>/dev/null || true
+[[ -n $steps_pid ]] && wait "$steps_pid" 2>/dev/null || true
 
 json="$(grep '^{' "$dir/squadron.txt" | tail -1)"
 echo
@@ -106,8 +114,21 @@ echo "$json" | jq -r '"server RSS: start \(.rss_start_kb/1024|floor) MiB, after 
 echo "server on SIGTERM: $server_status"
 if [[ -s $dir/TessarkSrvErrorLog.txt ]]; then echo "error log:"; tail -5 "$dir/TessarkSrvErrorLog.txt"; else echo "error log: empty"; fi
 if [[ $LOG == 1 && -s $dir/log-growth.txt ]]; then
-    awk 'NR>1 { d = $2 - prev; if (d <= 0 && $1 < last_t) stalls++; if (d > maxd) maxd = d }
-         { prev = $2; t = $1 } END { printf "traffic log: %.1f MiB in %.0f s (%.0f KiB/s), largest 1-s growth %.0f KiB, seconds without growth %d\n",
-         prev/1048576, t, prev/1024/t, maxd/1024, stalls }' last_t="$duration" "$dir/log-growth.txt"
+    # Growth per second while the simulator ran.
+    lines=$(wc -l < "$dir/TessarkSrvLog.txt")
+    awk -v dur="$duration" -v lines="$lines" '
+        { if (NR > 1 && $1 < dur) { d = $2 - prev; if (d <= 0) flat++; if (d > maxd) maxd = d; if (mind == "" || d < mind) mind = d }
+          prev = $2; t = $1 }
+        END { printf "traffic log: %.1f MiB, %d lines in %.0f s (%.0f KiB/s); 1-s growth min %.0f KiB max %.0f KiB, seconds without growth %d\n",
+                     prev / 1048576, lines, t, prev / 1024 / t, mind / 1024, maxd / 1024, flat
+            }' "$dir/log-growth.txt"
+    awk 'NR > 1 && $1 != prev { print $1 - prev } { prev = $1 }' "$dir/log-steps.txt" | sort -n |
+        awk '{ d[NR] = $1 } END { if (!NR) { print "traffic log: no growth in the 5-s close look"; exit }
+             printf "traffic log, 5-s close look: %d steps, median %.0f KiB, smallest %.0f KiB (one line is about 0.1 KiB)\n",
+                    NR, d[int((NR + 1) / 2)] / 1024, d[1] / 1024 }'
+    if [[ ${KEEP_LOG:-0} != 1 ]]; then   # it can reach a gigabyte; keep its ends
+        { head -20 "$dir/TessarkSrvLog.txt"; echo ...; tail -20 "$dir/TessarkSrvLog.txt"; } > "$dir/TessarkSrvLog.ends.txt"
+        rm -f "$dir/TessarkSrvLog.txt"
+    fi
 fi
 [[ $sim_status == 0 && $server_status == "exit 0" ]]
