@@ -2,6 +2,8 @@
 
 #include "AiRecords.h"
 
+#include <algorithm>
+
 AiSpyPeer::AiSpyPeer(Context& ctx)
     : ctx_(ctx), conn_(ctx.loop, Conn::Callbacks{[this] { onConnected(); },
                                                  [this](std::string_view m) {
@@ -33,10 +35,11 @@ void AiSpyPeer::onConnected() {
     stream_ = ctx_.openStream('A', "AISPY");
     const int epoch = epoch_;
     // The server takes the link once it sees the request; give it a moment before the first update.
-    ctx_.loop.after(200 * kMs, [this, epoch] { tick(epoch); });
+    const int64_t first = nowNs() + 200 * kMs;
+    ctx_.loop.at(first, [this, epoch, first] { tick(epoch, first); });
 }
 
-void AiSpyPeer::tick(int epoch) {
+void AiSpyPeer::tick(int epoch, int64_t due) {
     if (epoch != epoch_ || !conn_.isOpen() || !ctx_.sending()) return;
     const int64_t now = nowNs();
     const uint32_t seq = ctx_.ledger.recordSent(stream_, now);
@@ -46,7 +49,8 @@ void AiSpyPeer::tick(int epoch) {
     conn_.send(m, SendTag{SendTag::Stream, stream_, seq});
     ctx_.tally.sent("AIUPDT");
     ++updates_;
-    ctx_.loop.after(int64_t(1e9 / ctx_.opt.aiHz), [this, epoch] { tick(epoch); });
+    const int64_t period = int64_t(1e9 / ctx_.opt.aiHz), next = std::max(due + period, now - period);
+    ctx_.loop.at(next, [this, epoch, next] { tick(epoch, next); });
 }
 
 void AiSpyPeer::endSession() {

@@ -18,7 +18,7 @@ class AiSpyPeer {
 
   private:
     void onConnected();
-    void tick(int epoch);
+    void tick(int epoch, int64_t due);
     void endSession();
 
     Context& ctx_;

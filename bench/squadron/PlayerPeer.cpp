@@ -1,5 +1,6 @@
 #include "PlayerPeer.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -44,10 +45,13 @@ void PlayerPeer::onConnected() {
     stream_ = ctx_.openStream('P', name_);
     period_ = int64_t(1e9 / ctx_.uniform(ctx_.opt.f4HzMin, ctx_.opt.f4HzMax));
     const int epoch = epoch_;
-    ctx_.loop.after(int64_t(ctx_.uniform(0, 1) * double(period_)), [this, epoch] { tick(epoch); });
+    const int64_t first = nowNs() + int64_t(ctx_.uniform(0, 1) * double(period_));
+    ctx_.loop.at(first, [this, epoch, first] { tick(epoch, first); });
 }
 
-void PlayerPeer::tick(int epoch) {
+// Each send is due one period after the previous one was due, so the rate holds however
+// late the loop wakes up.
+void PlayerPeer::tick(int epoch, int64_t due) {
     if (epoch != epoch_ || !conn_.isOpen() || !ctx_.sending()) return;
     const int64_t now = nowNs();
     const uint32_t seq = ctx_.ledger.recordSent(stream_, now);
@@ -56,7 +60,8 @@ void PlayerPeer::tick(int epoch) {
     conn_.send(m, SendTag{SendTag::Stream, stream_, seq});
     ctx_.tally.sent("F4LOCA");
     ++counts_.f4loca;
-    ctx_.loop.after(period_, [this, epoch] { tick(epoch); });
+    const int64_t next = std::max(due + period_, now - period_);
+    ctx_.loop.at(next, [this, epoch, next] { tick(epoch, next); });
 }
 
 void PlayerPeer::awaitReply(ReplyCheck::Kind kind, int position, int expectedCount, std::string mark) {

@@ -30,7 +30,7 @@ class PlayerPeer {
     void onMessage(std::string_view m);
     void onClosed();
     void send(std::string_view command, std::string_view data, SendTag::Kind kind = SendTag::Request);
-    void tick(int epoch);
+    void tick(int epoch, int64_t due);
     void step(int epoch);
     void awaitReply(ReplyCheck::Kind kind, int position = 0, int expectedCount = -1, std::string mark = {});
     void settle(ReplyCheck::Result r);

@@ -1,5 +1,7 @@
 #include "SimPeer.h"
 
+#include <algorithm>
+
 SimPeer::SimPeer(Context& ctx, int index)
     : ctx_(ctx), index_(index), name_("SIM" + std::to_string(index + 1)),
       conn_(ctx.loop, Conn::Callbacks{[this] { onConnected(); },
@@ -49,8 +51,8 @@ void SimPeer::addAirplane(int place) {
     streams_[size_t(place)] = stream;
     if (ctx_.opt.simHz <= 0) return;
     const int epoch = epoch_;
-    ctx_.loop.after(int64_t(ctx_.uniform(0, 1e9 / ctx_.opt.simHz)),
-                    [this, epoch, place, stream] { tick(epoch, place, stream); });
+    const int64_t first = nowNs() + int64_t(ctx_.uniform(0, 1e9 / ctx_.opt.simHz));
+    ctx_.loop.at(first, [this, epoch, place, stream, first] { tick(epoch, place, stream, first); });
 }
 
 void SimPeer::removeAirplane(int place) {
@@ -60,7 +62,7 @@ void SimPeer::removeAirplane(int place) {
     send("DELAIR", std::to_string(place));
 }
 
-void SimPeer::tick(int epoch, int place, int stream) {
+void SimPeer::tick(int epoch, int place, int stream, int64_t due) {
     if (epoch != epoch_ || streams_[size_t(place)] != stream || !conn_.isOpen() || !ctx_.sending()) return;
     const int64_t now = nowNs();
     const uint32_t seq = ctx_.ledger.recordSent(stream, now);
@@ -69,8 +71,8 @@ void SimPeer::tick(int epoch, int place, int stream) {
     conn_.send(m, SendTag{SendTag::Stream, stream, seq});
     ctx_.tally.sent("SIMLOC");
     ++simloc_;
-    ctx_.loop.after(int64_t(1e9 / ctx_.opt.simHz),
-                    [this, epoch, place, stream] { tick(epoch, place, stream); });
+    const int64_t period = int64_t(1e9 / ctx_.opt.simHz), next = std::max(due + period, now - period);
+    ctx_.loop.at(next, [this, epoch, place, stream, next] { tick(epoch, place, stream, next); });
 }
 
 // An airplane lands and, a moment later, another takes off from a free place.

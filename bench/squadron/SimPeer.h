@@ -30,7 +30,7 @@ class SimPeer {
     void send(std::string_view command, std::string_view data);
     void addAirplane(int place);
     void removeAirplane(int place);
-    void tick(int epoch, int place, int stream);
+    void tick(int epoch, int place, int stream, int64_t due);
     void churnAirplane(int epoch);
     void endSession();
 
