@@ -136,6 +136,7 @@ void AwacsPeer::onIndata(std::string_view data, int64_t now) {
     if (receiver_ >= 0) ctx_.ledger.recordReceived(receiver_, s.stream, s.seq);
     if (now >= ctx_.measureFrom) {
         ctx_.latency.add(now - s.sentAt);
+        ctx_.recentLatency.add(now - s.sentAt);
         if (now < ctx_.trafficEnd) ++ctx_.indataInWindow;
     }
 }

@@ -66,6 +66,7 @@ struct Context {
     int64_t runStart = 0, trafficEnd = Ledger::kOpenEnd, measureFrom = 0;
     std::vector<StreamOwner> owners; // by stream id
     Histogram latency;               // INDATA, reading AWACS clients only
+    Histogram recentLatency;         // the same since the last periodic report
     Histogram aiLatency;             // AILOCA
     uint64_t indataOwnedByRun = 0;   // INDATA received that carried a stamp of this run
     uint64_t indataInWindow = 0;     // of those, received between measureFrom and trafficEnd

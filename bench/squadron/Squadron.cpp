@@ -133,15 +133,18 @@ void Squadron::periodicReport() {
         if (!probe_.samples().empty())
             std::snprintf(server, sizeof server, "server rss %.1f MiB fds %d | ",
                           double(probe_.samples().back().rssKb) / 1024, probe_.samples().back().fds);
-        std::printf("[%5.0fs] %sINDATA %llu AILOCA %llu | owed %llu missing %llu (split %llu) | replies ok "
-                    "%llu bad %llu "
-                    "late %llu | INDATA p50 %.0f us p99 %.0f us | churn %llu\n",
-                    secondsSinceStart(), server, (unsigned long long)ctx_.tally.receivedOf("INDATA"),
-                    (unsigned long long)ctx_.tally.receivedOf("AILOCA"), (unsigned long long)loss.owed,
-                    (unsigned long long)loss.missing(), (unsigned long long)loss.missingSplit,
-                    (unsigned long long)ok, (unsigned long long)bad, (unsigned long long)late,
-                    ctx_.latency.percentile(0.5) / 1e3, ctx_.latency.percentile(0.99) / 1e3,
-                    (unsigned long long)ctx_.churned);
+        std::printf(
+            "[%5.0fs] %sINDATA %llu AILOCA %llu | owed %llu missing %llu (split %llu) | "
+            "replies ok %llu bad %llu late %llu | INDATA p50 %.0f us p99 %.0f us, last %.0f s p99 %.0f us "
+            "max %.0f us | churn %llu\n",
+            secondsSinceStart(), server, (unsigned long long)ctx_.tally.receivedOf("INDATA"),
+            (unsigned long long)ctx_.tally.receivedOf("AILOCA"), (unsigned long long)loss.owed,
+            (unsigned long long)loss.missing(), (unsigned long long)loss.missingSplit, (unsigned long long)ok,
+            (unsigned long long)bad, (unsigned long long)late, ctx_.latency.percentile(0.5) / 1e3,
+            ctx_.latency.percentile(0.99) / 1e3, ctx_.opt.reportEvery,
+            ctx_.recentLatency.percentile(0.99) / 1e3, double(ctx_.recentLatency.max()) / 1e3,
+            (unsigned long long)ctx_.churned);
+        ctx_.recentLatency = Histogram();
         std::fflush(stdout);
     }
     ctx_.loop.after(ctx_.seconds(ctx_.opt.reportEvery), [this] { periodicReport(); });
@@ -154,7 +157,9 @@ void Squadron::churnLastSim() {
     s->leave();
     ++ctx_.churned;
     ctx_.loop.after(ctx_.seconds(std::max(2.0, ctx_.uniform(ctx_.opt.downMin, ctx_.opt.downMax))), [this, s] {
-        if (ctx_.sending()) s->join();
+        if (!ctx_.sending()) return;
+        s->join();
+        ++ctx_.rejoined;
     });
     ctx_.loop.after(ctx_.seconds(ctx_.uniform(0.5, 1.5) * ctx_.opt.simChurnS), [this] { churnLastSim(); });
 }
@@ -165,7 +170,9 @@ void Squadron::churnAiSpy() {
     ai_->leave();
     ++ctx_.churned;
     ctx_.loop.after(3 * kSec, [this] {
-        if (ctx_.sending()) ai_->join();
+        if (!ctx_.sending()) return;
+        ai_->join();
+        ++ctx_.rejoined;
     });
     ctx_.loop.after(ctx_.seconds(ctx_.uniform(0.5, 1.5) * ctx_.opt.aiChurnS), [this] { churnAiSpy(); });
 }
