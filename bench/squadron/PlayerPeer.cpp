@@ -8,7 +8,7 @@ enum Step { Register, List, Setups, OneSetup, Verdict, OwnErrors, Done };
 }
 
 PlayerPeer::PlayerPeer(Context& ctx, int index)
-    : ctx_(ctx), index_(index), name_("Pilot" + std::to_string(index + 1)),
+    : ctx_(ctx), name_("Pilot" + std::to_string(index + 1)),
       conn_(ctx.loop, Conn::Callbacks{[this] { onConnected(); }, [this](std::string_view m) { onMessage(m); },
                                       [this] { onClosed(); },
                                       [this](const SendTag& t) {

@@ -37,7 +37,6 @@ class PlayerPeer {
     void endSession();
 
     Context& ctx_;
-    int index_;
     std::string name_;
     Conn conn_;
     ReplyCheck check_;

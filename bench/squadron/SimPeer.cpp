@@ -3,7 +3,7 @@
 #include <algorithm>
 
 SimPeer::SimPeer(Context& ctx, int index)
-    : ctx_(ctx), index_(index), name_("SIM" + std::to_string(index + 1)),
+    : ctx_(ctx), name_("SIM" + std::to_string(index + 1)),
       conn_(ctx.loop, Conn::Callbacks{[this] { onConnected(); },
                                       [this](std::string_view m) {
                                           ctx_.tally.received(m);

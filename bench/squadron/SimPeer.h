@@ -35,7 +35,6 @@ class SimPeer {
     void endSession();
 
     Context& ctx_;
-    int index_;
     std::string name_;
     Conn conn_;
     bool present_ = false;
