@@ -1,0 +1,77 @@
+#pragma once
+// A non-blocking loopback TCP connection of one simulated peer.
+//
+// Output: every message is queued whole and written in pieces of at most 16 KiB that end on
+// a message boundary, so on loopback a message reaches the server in one piece unless the
+// kernel took only part of a write. Such a message is reported through onSplit: the server
+// may read its two halves apart and drop it by design.
+// Input: the bytes are cut at each NUL into messages (a peer may keep a buffer; only the
+// server deliberately does not).
+#include "EventLoop.h"
+
+#include <netinet/in.h>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <string_view>
+
+struct SendTag {
+    enum Kind : uint8_t { None, Stream, Request } kind = None;
+    int stream = -1;
+    uint32_t seq = 0;
+};
+
+class Conn : public FdHandler {
+  public:
+    struct Callbacks {
+        std::function<void()> connected;
+        std::function<void(std::string_view)> message; // without the NUL
+        std::function<void()> closed;                  // by the server, or failed to connect
+        std::function<void(const SendTag&)> split;
+    };
+
+    Conn(EventLoop& loop, Callbacks callbacks) : loop_(loop), cb_(std::move(callbacks)) {}
+    ~Conn();
+    Conn(const Conn&) = delete;
+    Conn& operator=(const Conn&) = delete;
+
+    // receiveBuffer > 0 shrinks the socket's receive buffer (a peer that stops reading then
+    // pushes its backlog into the server quickly).
+    bool open(const sockaddr_in& address, int receiveBuffer = 0);
+    bool isOpen() const { return fd_ >= 0 && connected_; }
+    bool isActive() const { return fd_ >= 0; }
+    // msg is the whole message with its NUL; raw bytes are queued as one piece.
+    void send(std::string_view msg, SendTag tag = {});
+    void setReading(bool on);
+    // Closes at once; unsent output is thrown away.
+    void close();
+    size_t queuedBytes() const { return size_t(queued_ - written_); }
+    uint64_t bytesRead() const { return bytesRead_; }
+
+    void onEvents(uint32_t events) override;
+
+  private:
+    struct Pending {
+        uint64_t start, end;
+        SendTag tag;
+    };
+    void flush();
+    void readSome();
+    void updateInterest();
+    void fail();
+
+    EventLoop& loop_;
+    Callbacks cb_;
+    int fd_ = -1;
+    bool connected_ = false;
+    bool reading_ = true;
+    uint32_t interest_ = 0;
+    std::string out_;
+    size_t outOffset_ = 0;
+    uint64_t queued_ = 0, written_ = 0;
+    std::deque<Pending> pending_;
+    std::string in_;
+    uint64_t bytesRead_ = 0;
+};
