@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Start-to-listening time and idle memory of the headless server.
 
-    bench/startup.py [path/to/tessark-server] [runs]
+    bench/startup.py [path/to/tessark-server] [runs]      (IDLE=0: skip the memory reading)
 
 Each run copies the server into an empty directory, starts it headless, polls the AI Spy port
 (5554, the last listener opened) until it accepts, and notes the elapsed time; then reads the
@@ -26,7 +26,7 @@ for run in range(runs):
         except OSError:
             time.sleep(0.0005)
     times.append((time.perf_counter() - start) * 1000)
-    if run == 0:
+    if run == 0 and os.environ.get("IDLE", "1") != "0":
         time.sleep(2)
         with open(f"/proc/{proc.pid}/status") as f:
             rss = next(int(l.split()[1]) for l in f if l.startswith("VmRSS"))
@@ -34,4 +34,5 @@ for run in range(runs):
     proc.wait()
     shutil.rmtree(d)
 print(f"start_to_listening_ms median {statistics.median(times):.1f} min {min(times):.1f} max {max(times):.1f} (n={runs})")
-print(f"idle_rss_mib {rss / 1024:.1f}")
+if rss is not None:
+    print(f"idle_rss_mib {rss / 1024:.1f}")
