@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace text {
 
@@ -32,5 +33,9 @@ std::string mid(std::string_view s, long start, long count);
 std::string left(std::string_view s, long count);
 
 inline std::string number(long long n) { return std::to_string(n); }
+
+// The lines of a text file as read: CR LF, a lone LF and a lone CR each end a line, and a last
+// line without an end counts too. Line ends are removed.
+std::vector<std::string> splitLines(std::string_view bytes);
 
 } // namespace text

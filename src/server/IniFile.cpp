@@ -1,5 +1,7 @@
 #include "server/IniFile.h"
 
+#include "net/Text.h"
+
 #include <QFile>
 #include <QSaveFile>
 
@@ -31,22 +33,10 @@ std::string upper(std::string s) {
 }
 
 std::vector<std::string> readLines(const QString& fileName) {
-    std::vector<std::string> lines;
     QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly)) return lines;
-    QByteArray all = file.readAll();
-    std::string current;
-    for (char c : all) {
-        if (c == '\n') {
-            if (!current.empty() && current.back() == '\r') current.pop_back();
-            lines.push_back(std::move(current));
-            current.clear();
-        } else {
-            current.push_back(c);
-        }
-    }
-    if (!current.empty()) lines.push_back(current);
-    return lines;
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    const QByteArray all = file.readAll();
+    return text::splitLines(std::string_view(all.constData(), static_cast<size_t>(all.size())));
 }
 
 // The section name of a "[name]" line, or nothing for any other line.

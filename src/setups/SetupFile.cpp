@@ -7,23 +7,7 @@ std::vector<std::string> readRawLines(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) throw errors::fileNotFound();
     const QByteArray all = file.readAll();
-    std::vector<std::string> lines;
-    std::string current;
-    bool pending = false; // a line has begun and not yet been stored
-    for (qsizetype i = 0; i < all.size(); ++i) {
-        char c = all[i];
-        if (c == '\r' || c == '\n') {
-            lines.push_back(std::move(current));
-            current.clear();
-            pending = false;
-            if (c == '\r' && i + 1 < all.size() && all[i + 1] == '\n') ++i; // CR LF is one line end
-        } else {
-            current.push_back(c);
-            pending = true;
-        }
-    }
-    if (pending) lines.push_back(std::move(current));
-    return lines;
+    return text::splitLines(std::string_view(all.constData(), static_cast<size_t>(all.size())));
 }
 
 std::string recordLineOrEmpty(std::string_view line) {

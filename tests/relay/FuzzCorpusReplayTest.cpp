@@ -1,5 +1,6 @@
 // Replays the kept fuzz corpus through the fuzz targets' checks, so every build runs the
 // inputs that once found new paths without needing the fuzzer itself.
+#include "fuzz/FileFuzzChecks.h"
 #include "fuzz/FuzzChecks.h"
 
 #include <QDir>
@@ -26,6 +27,11 @@ TEST(FuzzCorpusReplay, AiSpyText) {
 }
 TEST(FuzzCorpusReplay, Framing) {
     replay("framing", fuzzchecks::framing);
+}
+TEST(FuzzCorpusReplay, FilesAndNumbers) {
+    replay("setup_file", fuzzchecks::setupFile);
+    replay("tessark_ini", fuzzchecks::iniFile);
+    replay("leading_number", fuzzchecks::leadingNumber);
 }
 
 } // namespace
