@@ -46,14 +46,3 @@ TEST(Framing, TheAiSpyArrivalIsOneCommandNulsIncluded) {
     EXPECT_EQ(shortOne.commands(), "AIU|;");
     EXPECT_TRUE(shortOne.errorPending);
 }
-
-TEST(Framing, ParseIntoReplacesTheSlotsCommandsAndTrapsABadSlot) {
-    VbList<CommandList> arrays = VbList<CommandList>::withUpperBound(2);
-    ErrorLog log("unused", false, {});
-    ParseInto(arrays, 2, "SYNCRO\0"s, log, "ParseData");
-    ParseInto(arrays, 2, "VERFOK\0"s, log, "ParseData");
-    ASSERT_EQ(arrays[2].ubound(), 1);
-    EXPECT_EQ(arrays[2][1].Command, "VERFOK");
-    ParseInto(arrays, 5, "SYNCRO\0"s, log, "ParseData"); // skipped, not a crash
-    EXPECT_EQ(arrays.ubound(), 2);
-}

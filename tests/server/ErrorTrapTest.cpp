@@ -1,4 +1,3 @@
-#include "net/Senders.h"
 #include "server/ErrorTrap.h"
 #include "server/VbList.h"
 
@@ -37,11 +36,4 @@ TEST(ErrorTrap, ASkippedStatementLetsTheRoutineGoOnTheLastErrorIsLoggedAndLoggin
     std::regex line(R"(\d\d/\d\d/\d{4} - \d\d:\d\d:\d\d -/- Error at TskSrvForm1::Timer1_Timer - Error: 340 - )"
                     R"(Control array element '4' doesn't exist\r\n)");
     EXPECT_TRUE(std::regex_match(contents, line)) << contents;
-}
-
-TEST(TrafficLine, JoinsThePiecesWithoutExtraBlanks) {
-    std::regex sent(R"(\d\d/\d\d/\d{4} - \d\d:\d\d:\d\d : Command arrived from Player #2: \(VALIDR\)Ace@1)");
-    EXPECT_TRUE(std::regex_match(trafficLine("Command arrived from Player #", "2", "VALIDR", "Ace@1"), sent));
-    std::string ai = trafficLine("Command sent to AIProcess ", "", "SYNCRO", "");
-    EXPECT_EQ(ai.substr(ai.find(" : ")), " : Command sent to AIProcess : (SYNCRO)");
 }

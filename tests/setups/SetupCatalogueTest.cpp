@@ -58,11 +58,6 @@ TEST(SetupCatalogueTest, CountsThatAreAbsentOrNotNumbersOrTooLargeGiveAnEmptyCat
         EXPECT_EQ(c.setups().Setups().ubound(), 0) << num;
         EXPECT_TRUE(c.ts.display().messageBoxes.isEmpty()) << num;
     }
-    // A count with a fraction is rounded, halves to the even neighbour.
-    Catalogue c;
-    c.ts.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM= 2.5 setups\r\n");
-    c.ts.start();
-    EXPECT_EQ(c.setups().Setups().ubound(), 2);
 }
 
 TEST(SetupCatalogueTest, CommitRenumbersTheSectionsAndDropsEveryOtherSetting) {
