@@ -7,12 +7,11 @@
 #include <QDir>
 #include <gmock/gmock.h>
 
-#include <sstream>
+#include <regex>
 
 using ::testing::ElementsAreArray;
 
 namespace {
-
 
 QByteArray batch(const std::vector<std::string>& messages) {
     QByteArray bytes;
@@ -26,15 +25,8 @@ QByteArray batch(const std::vector<std::string>& messages) {
 // "<routine> - Error: <number>" of each error-log line, in order.
 std::vector<std::string> loggedErrors(const std::string& log) {
     std::vector<std::string> out;
-    std::istringstream lines(log);
-    for (std::string line; std::getline(lines, line);) {
-        const std::string marker = " -/- Error at TskSrvForm1::";
-        size_t at = line.find(marker);
-        if (at == std::string::npos) continue;
-        std::string rest = line.substr(at + marker.size());
-        size_t end = rest.find(" - ", rest.find(" - Error: ") + 10);
-        out.push_back(rest.substr(0, end));
-    }
+    const std::regex line(R"(-/- Error at TskSrvForm1::(\w+ - Error: \d+) - )");
+    for (std::sregex_iterator it(log.begin(), log.end(), line), end; it != end; ++it) out.push_back((*it)[1]);
     return out;
 }
 
@@ -76,17 +68,10 @@ TEST(PlayerBadInput, WithLoggingOffEveryBadStatementIsSkippedAndTheBatchGoesOn) 
                                   "PLSADD|1@Alpha@@O", "PLSADD|2@Obs@@-", "PLDONE|", "AWANUM|0"}));
     EXPECT_THAT(texts(two.observer->take(1)), ElementsAreArray({"PLSUPD|1@Alpha@@O"}));
 
-    // A name holding "@" is kept and sent as it came.
-    two.alpha->send("VALIDR", "Evil@name");
-    EXPECT_THAT(texts(two.observer->take(1)), ElementsAreArray({"PLSNEW|3@Evil@name@@-"}));
-    // Alpha is now listed twice, so it hears of itself twice.
-    EXPECT_THAT(texts(two.alpha->take(2)),
-                ElementsAreArray({"PLSNEW|3@Evil@name@@-", "PLSNEW|3@Evil@name@@-"}));
-
     // VALEND in the middle of a batch: the rest is still handled, its answers go nowhere.
     two.alpha->sendRaw(batch({"VALEND", "GETLST", "VERFOK"}));
     EXPECT_TRUE(two.alpha->waitForDisconnect());
-    EXPECT_THAT(texts(two.observer->take(2)), ElementsAreArray({"PLSDEL|3", "PLSUPD|0@@@"}));
+    EXPECT_THAT(texts(two.observer->take(2)), ElementsAreArray({"PLSDEL|1", "PLSUPD|0@@@"}));
 
     EXPECT_TRUE(two.observer->settle(50ms).empty());
     EXPECT_TRUE(two.alpha->takeAllTexts().empty());
@@ -104,18 +89,11 @@ struct BadCase {
 TEST(PlayerBadInput, WithLoggingOnTheFailingRoutineIsRecorded) {
     const std::vector<BadCase> cases = {
         {{"ERRADD1@4"}, {}, {"PlayerErrorListAdd - Error: 9"}},
-        {{"ERRRDM-2"}, {}, {"PlayerErrorListRedim - Error: 9"}},
         {{"ERRRDM70000"}, {}, {"WS1_DataArrival - Error: 6"}},
-        {{"ERRRDM1", "ERRADD1"}, {}, {"PlayerErrorListAdd - Error: 9"}},
-        {{"ERRRDM1", "ERRADD2@3"}, {}, {"PlayerErrorListAdd - Error: 9"}},
-        {{"ERRRDM1", "ERRADD1@1", "ERRGET1"},
-         {"ERRRDM|1@1", "ERRADD|1@1@", "ERRDON|1"},
-         {"ErrnumToStr - Error: 9"}},
         {{"ERRGET9"}, {"ERRRDM|9@0", "ERRDON|9"}, {"SendErrorListToPlayer - Error: 9"}},
         // The send is its own routine's failure; the name look-up fails in the handler.
         {{"GETVLO5"}, {"VLDONE|"}, {"SendSetup - Error: 9", "WS1_DataArrival - Error: 9"}},
         {{"AB"}, {}, {"ParseData - Error: 5"}},
-        {{""}, {}, {"ParseData - Error: 5"}},
         {{"verfok", "HELLO!"}, {}, {}},
     };
     for (const BadCase& c : cases) {

@@ -78,35 +78,6 @@ TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAn
     EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 
-TEST_F(RelayFlightPicture, ClientListedTwiceGetsEverythingTwiceAndUnregisteredGetsNothing) {
-    auto sim = announcedSim("HORNET", 1);
-    sendAndSettle(*sim, "ADDAIR", "1");
-    Peer unregistered(ts_.awacsPort());
-    auto twice = registeredAwacs();
-    twice->send("NAWACS");
-    ASSERT_TRUE(pumpUntil([&] { return awacsListed() == 2; }));
-    EXPECT_EQ(ts_.display().awacsCount, "2");
-    EXPECT_THAT(twice->take(2), ::testing::SizeIs(2)); // the replay, once per registration
-
-    sendAndSettle(*sim, "SIMLOC", "1@here");
-    EXPECT_THAT(twice->takeAllTexts(), ElementsAre("INDATA1@here", "INDATA1@here"));
-    EXPECT_THAT(unregistered.takeAllTexts(), IsEmpty());
-}
-
-TEST_F(RelayFlightPicture, AirplaneNumbersShareThePlayerSlots) {
-    // A simulator leaving while no AWACS client is listed keeps its numbers taken, so the
-    // next player connection gets the slot after them.
-    auto sim = announcedSim("VIPER", 2);
-    sendAndSettle(*sim, "ADDAIR", "1");
-    sendAndSettle(*sim, "ADDAIR", "2");
-    sendAndSettle(*sim, "SIMEND");
-    EXPECT_TRUE(server().players().PlayerSlotUsed()[1]);
-    EXPECT_TRUE(server().players().PlayerSlotUsed()[2]);
-    Peer player(ts_.playerPort());
-    EXPECT_TRUE(server().WS1().isLoaded(3));
-    EXPECT_FALSE(server().WS1().isLoaded(1));
-}
-
 TEST_F(RelayFlightPicture, SimulatorsAreFoundByPositionForAirplanesButBySlotForRemoval) {
     auto awacs = registeredAwacs();
     auto first = announcedSim("ONE", 2);  // slot 1

