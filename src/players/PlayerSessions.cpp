@@ -75,15 +75,7 @@ void PlayerSessions::DeletePlayer(int16_t slot) {
     trap([&] { server_.WS1().unload(slot); });
     PlayerSlotUsed_[static_cast<size_t>(slot)] = false;
 
-    VbList<PlayerRecord> remaining;
-    int removedPosition = 0;
-    for (int i = 1; i <= Players_.ubound(); ++i) {
-        if (Players_[i].Slot == slot)
-            removedPosition = i;
-        else
-            remaining.append(std::move(Players_[i]));
-    }
-    Players_ = std::move(remaining);
+    const int removedPosition = Players_.removeWhere([&](const PlayerRecord& p) { return p.Slot == slot; });
 
     UpdateDisplay();
     toEveryAwacsClient("DELCLT", text::number(slot), trap);

@@ -61,6 +61,9 @@ class PlayerSessions {
     // Player slots; airplane numbers of SIM clients are taken from the same table.
     SlotTable& PlayerSlotUsed() { return PlayerSlotUsed_; }
 
+    // One message to every listed player, each send a statement of the caller's trap.
+    void toEveryPlayer(std::string_view command, const std::string& data, ErrorTrap& trap);
+
   private:
     // One recognised command of an arrival, under WS1_DataArrival's trap.
     void handleCommand(const CommandRec& command, int16_t slot, ErrorTrap& trap);
@@ -70,7 +73,6 @@ class PlayerSessions {
     // The first record on the slot, or none.
     PlayerRecord* firstOnSlot(int16_t slot);
     // Sends to every listed player, in position order.
-    void toEveryPlayer(std::string_view command, const std::string& data, ErrorTrap& trap);
     void toEveryAwacsClient(std::string_view command, const std::string& data, ErrorTrap& trap);
 
     Server& server_;

@@ -86,10 +86,7 @@ void AwacsClients::DeleteAWACSPlayer(int16_t slot) {
     trap([&] { server_.WS2().unload(slot); });
     AwacsSlotUsed[static_cast<size_t>(slot)] = false;
 
-    VbList<int16_t> remaining;
-    for (int k = 1; k <= AwacsList_.ubound(); ++k)
-        if (AwacsList_[k] != slot) remaining.append(AwacsList_[k]);
-    AwacsList_ = std::move(remaining);
+    AwacsList_.removeWhere([&](int16_t listed) { return listed == slot; });
     UpdateDisplayAWACS();
 }
 
@@ -97,7 +94,5 @@ void AwacsClients::UpdateDisplayAWACS() {
     ErrorTrap trap(server_.errorLog(), "UpdateDisplayAWACS");
     Text1_ = text::number(AwacsList_.ubound());
     server_.display().showAwacsCount(QString::fromStdString(Text1_));
-    const auto& players = server_.players().Players();
-    for (int k = 1; k <= players.ubound(); ++k)
-        trap([&] { server_.senders().SendCommand("AWANUM", Text1_, players[k].Slot); });
+    server_.players().toEveryPlayer("AWANUM", Text1_, trap);
 }

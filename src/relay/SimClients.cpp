@@ -139,10 +139,7 @@ void SimClients::DeleteSimPlayer(int16_t slot) {
     trap([&] { server_.WS3().unload(slot); });
     SimSlotUsed[static_cast<size_t>(slot)] = false;
 
-    VbList<SimRecord> remaining;
-    for (int i = 1; i <= SimList_.ubound(); ++i)
-        if (SimList_[i].Slot != slot) remaining.append(std::move(SimList_[i]));
-    SimList_ = std::move(remaining);
+    SimList_.removeWhere([&](const SimRecord& sim) { return sim.Slot == slot; });
     UpdateDisplaySIM();
 }
 
@@ -150,7 +147,5 @@ void SimClients::UpdateDisplaySIM() {
     ErrorTrap trap(server_.errorLog(), "UpdateDisplaySIM");
     Text2_ = text::number(SimList_.ubound());
     server_.display().showSimCount(QString::fromStdString(Text2_));
-    const auto& players = server_.players().Players();
-    for (int k = 1; k <= players.ubound(); ++k)
-        trap([&] { server_.senders().SendCommand("SIMNUM", Text2_, players[k].Slot); });
+    server_.players().toEveryPlayer("SIMNUM", Text2_, trap);
 }

@@ -33,6 +33,23 @@ public:
     }
     void reset() { items_.assign(1, T{}); }
 
+    // Rebuilds the list without the entries that match, later ones moving down, and returns the
+    // position the last match had (0 when none matched).
+    template <typename Predicate> int removeWhere(Predicate matches) {
+        int lastRemoved = 0;
+        std::vector<T> kept;
+        kept.reserve(items_.size());
+        kept.push_back(std::move(items_[0]));
+        for (size_t i = 1; i < items_.size(); ++i) {
+            if (matches(items_[i]))
+                lastRemoved = static_cast<int>(i);
+            else
+                kept.push_back(std::move(items_[i]));
+        }
+        items_ = std::move(kept);
+        return lastRemoved;
+    }
+
 private:
     size_t checked(long i) const {
         if (i < 0 || i >= static_cast<long>(items_.size())) throw errors::subscriptOutOfRange();
