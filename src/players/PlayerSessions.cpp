@@ -42,11 +42,6 @@ void PlayerSessions::toEveryPlayer(std::string_view command, const std::string& 
         trap([&] { server_.senders().SendCommand(command, data, Players_[i].Slot); });
 }
 
-void PlayerSessions::toEveryAwacsClient(std::string_view command, const std::string& data, ErrorTrap& trap) {
-    const VbList<int16_t>& awacs = server_.awacs().AwacsList();
-    for (int i = 1; i <= awacs.ubound(); ++i)
-        trap([&] { server_.senders().SendCommand2(command, data, awacs[i]); });
-}
 
 void PlayerSessions::AddToPlayerList(const std::string& name, int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "AddToPlayerList");
@@ -62,7 +57,7 @@ void PlayerSessions::AddToPlayerList(const std::string& name, int16_t slot) {
         added.SetupNumber = 0;
     });
     UpdateDisplay();
-    toEveryAwacsClient("NEWCLT", text::number(slot) + "@" + name, trap);
+    server_.awacs().toEveryClient("NEWCLT", text::number(slot) + "@" + name, trap);
     std::string announcement;
     trap([&] { announcement = describe(Players_.ubound()); });
     toEveryPlayer("PLSNEW", announcement, trap);
@@ -78,7 +73,7 @@ void PlayerSessions::DeletePlayer(int16_t slot) {
     const int removedPosition = Players_.removeWhere([&](const PlayerRecord& p) { return p.Slot == slot; });
 
     UpdateDisplay();
-    toEveryAwacsClient("DELCLT", text::number(slot), trap);
+    server_.awacs().toEveryClient("DELCLT", text::number(slot), trap);
     // Goes out even when the connection never registered, then as "0".
     toEveryPlayer("PLSDEL", text::number(removedPosition), trap);
 }

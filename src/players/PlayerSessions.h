@@ -73,7 +73,6 @@ class PlayerSessions {
     // The first record on the slot, or none.
     PlayerRecord* firstOnSlot(int16_t slot);
     // Sends to every listed player, in position order.
-    void toEveryAwacsClient(std::string_view command, const std::string& data, ErrorTrap& trap);
 
     Server& server_;
     VbList<PlayerRecord> Players_;

@@ -38,9 +38,11 @@ class AwacsClients {
     // The number of registered clients as the counter shows it and AWANUM carries it.
     const std::string& Text1() const { return Text1_; }
 
+    // One message to every listed client, in list order, each send a statement of the caller's trap.
+    void toEveryClient(std::string_view command, std::string_view data, ErrorTrap& trap);
+
   private:
     // One message to every listed client; each send is its own statement of the routine.
-    void sendToEveryClient(std::string_view command, std::string_view data, const char* routine);
 
     Server& server_;
     VbList<int16_t> AwacsList_;

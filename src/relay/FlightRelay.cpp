@@ -38,8 +38,7 @@ PlaceAndText splitPlace(std::string_view data) {
 
 } // namespace
 
-void AwacsClients::sendToEveryClient(std::string_view command, std::string_view data, const char* routine) {
-    ErrorTrap trap(server_.errorLog(), routine);
+void AwacsClients::toEveryClient(std::string_view command, std::string_view data, ErrorTrap& trap) {
     Senders& senders = server_.senders();
     for (int k = 1; k <= AwacsList_.ubound(); ++k)
         trap([&] { senders.SendCommand2(command, data, AwacsList_[k]); });
@@ -48,7 +47,8 @@ void AwacsClients::sendToEveryClient(std::string_view command, std::string_view 
 // The whole payload goes on, "@" and all; nothing checks that the player is registered.
 void AwacsClients::SendToAwacsClients(std::string_view data, int16_t slot) {
     if (AwacsList_.ubound() == 0) return;
-    sendToEveryClient("INDATA", numbered(slot, data), "SendToAwacsClients");
+    ErrorTrap trap(server_.errorLog(), "SendToAwacsClients");
+    toEveryClient("INDATA", numbered(slot, data), trap);
 }
 
 // Only the second field goes on, under the airplane number of that place: whatever follows
@@ -66,12 +66,10 @@ void AwacsClients::SendToAwacsClients2(std::string_view data, int16_t slot) {
         trap.raise(errors::subscriptOutOfRange());
         return;
     }
-    const std::string payload = numbered(n, fields.text);
-    Senders& senders = server_.senders();
-    for (int k = 1; k <= AwacsList_.ubound(); ++k)
-        trap([&] { senders.SendCommand2("INDATA", payload, AwacsList_[k]); });
+    toEveryClient("INDATA", numbered(n, fields.text), trap);
 }
 
 void AwacsClients::SendToAwacsClients4(std::string_view text) {
-    sendToEveryClient("AILOCA", text, "SendToAwacsClients4");
+    ErrorTrap trap(server_.errorLog(), "SendToAwacsClients4");
+    toEveryClient("AILOCA", text, trap);
 }

@@ -98,10 +98,8 @@ void Server::start() {
 
 void Server::Timer1_Timer() {
     ErrorTrap trap(*errorLog_, "Timer1_Timer");
-    const auto& players = players_->Players();
-    for (int i = 1; i <= players.ubound(); ++i) trap([&] { senders_.SendCommand("SYNCRO", "", players[i].Slot); });
-    const auto& awacs = awacs_->AwacsList();
-    for (int i = 1; i <= awacs.ubound(); ++i) trap([&] { senders_.SendCommand2("SYNCRO", "", awacs[i]); });
+    players_->toEveryPlayer("SYNCRO", "", trap);
+    awacs_->toEveryClient("SYNCRO", "", trap);
     const auto& sims = sims_->SimList();
     for (int i = 1; i <= sims.ubound(); ++i) trap([&] { senders_.SendCommand3("SYNCRO", "", sims[i].Slot); });
     senders_.SendCommand4("SYNCRO", "");
