@@ -17,12 +17,17 @@ VbList<std::string> splitAt(std::string_view s) {
     return parts;
 }
 
-static bool isBlank(char c) { return c == ' ' || c == '\t'; }
-static bool isDigit(char c) { return c >= '0' && c <= '9'; }
+static bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+static bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 double leadingNumber(std::string_view s) {
     size_t i = 0;
-    while (i < s.size() && isBlank(s[i])) ++i;
+    while (i < s.size() && isBlank(s[i]))
+        ++i;
     bool negative = false;
     if (i < s.size() && (s[i] == '+' || s[i] == '-')) negative = s[i++] == '-';
     double value = 0;
@@ -66,8 +71,10 @@ int32_t toInt32(double value) {
 
 int32_t strictInt32(std::string_view s) {
     size_t b = 0, e = s.size();
-    while (b < e && isBlank(s[b])) ++b;
-    while (e > b && isBlank(s[e - 1])) --e;
+    while (b < e && isBlank(s[b]))
+        ++b;
+    while (e > b && isBlank(s[e - 1]))
+        --e;
     std::string_view t = s.substr(b, e - b);
     size_t i = 0;
     if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
@@ -93,6 +100,10 @@ std::string mid(std::string_view s, long start, long count) {
 std::string left(std::string_view s, long count) {
     if (count < 0) throw errors::invalidCall();
     return std::string(s.substr(0, static_cast<size_t>(count)));
+}
+
+QString display(std::string_view s) {
+    return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
 }
 
 std::vector<std::string> splitLines(std::string_view bytes) {

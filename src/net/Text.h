@@ -3,6 +3,8 @@
 // strict conversions whose failures the routines trap. Protocol text stays single-byte.
 #include "server/VbList.h"
 
+#include <QString>
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -22,7 +24,9 @@ int16_t toInt16(double value);
 // Same, for 32 bits.
 int32_t toInt32(double value);
 // Leading number of the text, rounded into 16 bits.
-inline int16_t leadingInt16(std::string_view s) { return toInt16(leadingNumber(s)); }
+inline int16_t leadingInt16(std::string_view s) {
+    return toInt16(leadingNumber(s));
+}
 
 // A strict conversion: the whole text (blanks around it allowed) must be a number,
 // else "Type mismatch".
@@ -32,7 +36,12 @@ int32_t strictInt32(std::string_view s);
 std::string mid(std::string_view s, long start, long count);
 std::string left(std::string_view s, long count);
 
-inline std::string number(long long n) { return std::to_string(n); }
+inline std::string number(long long n) {
+    return std::to_string(n);
+}
+
+// Protocol and file text is single-byte; it becomes a QString only to be shown or to name a file.
+QString display(std::string_view s);
 
 // The lines of a text file as read: CR LF, a lone LF and a lone CR each end a line, and a last
 // line without an end counts too. Line ends are removed.

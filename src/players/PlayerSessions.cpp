@@ -42,7 +42,6 @@ void PlayerSessions::toEveryPlayer(std::string_view command, const std::string& 
         trap([&] { server_.senders().SendCommand(command, data, Players_[i].Slot); });
 }
 
-
 void PlayerSessions::AddToPlayerList(const std::string& name, int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "AddToPlayerList");
     // A second VALIDR on one slot makes a second record: both get every status change and
@@ -116,8 +115,7 @@ void PlayerSessions::UpdateDisplay() {
     for (int i = 1; i <= Players_.ubound(); ++i) {
         const PlayerRecord& p = Players_[i];
         std::string label = p.Name + " (" + p.PlayerSetupName + ")";
-        rows.push_back({QString::fromLatin1(label.data(), static_cast<qsizetype>(label.size())),
-                        StatusToImageNum(p.Status)});
+        rows.push_back({text::display(label), StatusToImageNum(p.Status)});
     }
     server_.display().showPlayers(rows);
 }

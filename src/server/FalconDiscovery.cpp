@@ -1,5 +1,7 @@
 #include "server/FalconDiscovery.h"
 
+#include "net/Text.h"
+
 #include "server/Registry.h"
 
 #include <QDir>
@@ -83,7 +85,7 @@ void GetFalconConfig(FalconInstallation& falcon) {
 }
 
 QString localFilePath(const std::string& windowsPath) {
-    QString path = QString::fromLatin1(windowsPath.data(), static_cast<qsizetype>(windowsPath.size()));
+    QString path = text::display(windowsPath);
 #ifdef Q_OS_WIN
     return QDir::fromNativeSeparators(path);
 #else

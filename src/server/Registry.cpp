@@ -1,5 +1,7 @@
 #include "server/Registry.h"
 
+#include "net/Text.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStringList>
@@ -109,7 +111,7 @@ RegistryValue valueData(const QString& line, qsizetype i) {
 }
 
 QString normalisedKey(const std::string& key) {
-    QString k = QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size()));
+    QString k = text::display(key);
     while (k.startsWith('\\'))
         k.remove(0, 1);
     return k;
@@ -138,8 +140,7 @@ RegistryValue readWineRegistryValue(const QString& regFile, const std::string& s
     QFile file(regFile);
     if (!file.open(QIODevice::ReadOnly)) return {};
     const QString wantedKey = normalisedKey(subKey);
-    const QString wantedName =
-        QString::fromLatin1(valueName.data(), static_cast<qsizetype>(valueName.size()));
+    const QString wantedName = text::display(valueName);
     bool inKey = false;
     QString key;
     while (!file.atEnd()) {

@@ -14,7 +14,7 @@ namespace {
 // Setup file paths are stored the way the squadron's Windows tools write them; the file
 // system is asked with the platform's own separators.
 QString localPath(const std::string& path) {
-    QString p = QString::fromLatin1(path.data(), static_cast<qsizetype>(path.size()));
+    QString p = text::display(path);
 #ifndef Q_OS_WIN
     p.replace('\\', '/');
 #endif
@@ -47,12 +47,8 @@ void SetupCatalogue::LoadSetups() {
         SetupRecord& setup = Setups_[i];
         QString path = localPath(setup.FilePath);
         if (setup.FilePath.empty() || !QFileInfo(path).isFile()) {
-            server_.display().messageBox(
-                "The File " +
-                    QString::fromLatin1(setup.FilePath.data(),
-                                        static_cast<qsizetype>(setup.FilePath.size())) +
-                    " was not found",
-                "Error", MessageIcon::Critical);
+            server_.display().messageBox("The File " + text::display(setup.FilePath) + " was not found",
+                                         "Error", MessageIcon::Critical);
             continue;
         }
         trap([&] {

@@ -1,17 +1,13 @@
 #include "setups/wizard/AddSetupF4Frm1.h"
 
+#include "net/Text.h"
+
 #include "setups/wizard/SetupWizard.h"
 #include "setups/wizard/WizardPages.h"
 
 #include <QFormLayout>
 #include <QLineEdit>
 #include <QVBoxLayout>
-
-namespace {
-QString latin1(const std::string& s) {
-    return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
-}
-} // namespace
 
 AddSetupF4Frm1::AddSetupF4Frm1(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm1") {
     addText(
@@ -32,8 +28,8 @@ AddSetupF4Frm1::AddSetupF4Frm1(SetupWizard& wizard) : WizardPage(wizard, "AddSet
     // Editing found the installation already, when it read the setup.
     WizardState& state = wizard_.state();
     if (!state.EditMode) GetFalconRegistry(state.falcon);
-    Text1->setText(latin1(state.falcon.FalconDir));
-    Text2->setText(latin1(state.falcon.FalconTheater));
+    Text1->setText(text::display(state.falcon.FalconDir));
+    Text2->setText(text::display(state.falcon.FalconTheater));
     if (!state.EditMode) GetFalconConfig(state.falcon);
 }
 
@@ -46,7 +42,7 @@ AddSetupF4Frm2::AddSetupF4Frm2(SetupWizard& wizard) : WizardPage(wizard, "AddSet
     Text1 = new QLineEdit(this);
     Text1->setObjectName("Text1");
     const WizardState& state = wizard_.state();
-    Text1->setText(state.EditMode ? latin1(state.SetupName) : QString("New Install"));
+    Text1->setText(state.EditMode ? text::display(state.SetupName) : QString("New Install"));
     content()->addWidget(Text1);
     content()->addStretch();
 }

@@ -1,5 +1,7 @@
 #include "setups/wizard/AddSetupF4Frm3.h"
 
+#include "net/Text.h"
+
 #include "setups/wizard/FileSelection.h"
 #include "setups/wizard/OperatorDialogs.h"
 #include "setups/wizard/SetupWizard.h"
@@ -10,12 +12,6 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
-
-namespace {
-QString latin1(const std::string& s) {
-    return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
-}
-} // namespace
 
 AddSetupF4Frm3::AddSetupF4Frm3(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm3") {
     addText("Select the files that you want to be checked:");
@@ -42,7 +38,7 @@ AddSetupF4Frm3::AddSetupF4Frm3(SetupWizard& wizard) : WizardPage(wizard, "AddSet
     const WizardState& state = wizard_.state();
     if (state.EditMode) {
         for (int i = 1; i <= state.SelectedFiles.ubound(); ++i)
-            List1->addItem(latin1(state.SelectedFiles[i]));
+            List1->addItem(text::display(state.SelectedFiles[i]));
         Check1->setChecked(state.CheckSimFlag);
     }
 }
@@ -61,7 +57,7 @@ void AddSetupF4Frm3::Command3_Click() {
             return;
         }
         for (const std::string& path : result.relativePaths)
-            List1->addItem(latin1(path));
+            List1->addItem(text::display(path));
     } catch (const RuntimeError&) {
     }
 }

@@ -1,5 +1,7 @@
 #include "setups/wizard/AddSetupF4Frm4.h"
 
+#include "net/Text.h"
+
 #include "setups/wizard/ConfigOptions.h"
 #include "setups/wizard/SetupWizard.h"
 #include "setups/wizard/WizardPages.h"
@@ -18,7 +20,7 @@ AddSetupF4Frm4::AddSetupF4Frm4(SetupWizard& wizard) : WizardPage(wizard, "AddSet
     if (!state.EditMode) state.ConfigOptions = readConfigOptions(localFilePath(state.falcon.FalconCfgFile));
     for (int j = 1; j <= state.ConfigOptions.ubound(); ++j) {
         const ConfigOption& option = state.ConfigOptions[j];
-        List1->addItem(QString::fromLatin1((option.Name + " (" + option.Value + ")").c_str()));
+        List1->addItem(text::display(option.Name + " (" + option.Value + ")"));
         if (state.EditMode && option.Checked) List1->item(j - 1)->setSelected(true);
     }
 }

@@ -1,5 +1,7 @@
 #include "setups/wizard/SetupFileBuilder.h"
 
+#include "net/Text.h"
+
 #include "setups/Checksum.h"
 #include "setups/SetupCatalogue.h"
 #include "setups/SetupFile.h"
@@ -8,7 +10,7 @@ QString setupFilePath(const QString& appDir, const std::string& setupName) {
     for (unsigned char c : setupName)
         if (c < 32 || std::string_view("\\/:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos)
             throw RuntimeError(52, "Bad file name or number");
-    return appDir + QString::fromLatin1(setupName.data(), static_cast<qsizetype>(setupName.size())) + ".stp";
+    return appDir + text::display(setupName) + ".stp";
 }
 
 void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress) {

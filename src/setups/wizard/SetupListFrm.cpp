@@ -1,5 +1,7 @@
 #include "setups/wizard/SetupListFrm.h"
 
+#include "net/Text.h"
+
 #include "server/Server.h"
 #include "setups/SetupCatalogue.h"
 #include "setups/wizard/OperatorDialogs.h"
@@ -38,7 +40,7 @@ void SetupListFrm::fillList() {
     List1->clear();
     const auto& setups = server_.setups().Setups();
     for (int i = 1; i <= setups.ubound(); ++i)
-        List1->addItem(QString::fromLatin1(setups[i].Name.c_str()));
+        List1->addItem(text::display(setups[i].Name));
 }
 
 void SetupListFrm::Command2_Click() {
