@@ -39,6 +39,6 @@ public:
 
 private:
     ErrorLog& log_;
-    std::string routine_;
+    std::string_view routine_; // always a literal: the routines are named in the code
     std::optional<RuntimeError> pending_;
 };
