@@ -32,9 +32,11 @@ SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {
     sigaction(SIGINT, &action, nullptr);
 }
 
+// The process is on its way out: a further signal must not end it half-way with the signal's
+// status instead of the shutdown's.
 SignalBridge::~SignalBridge() {
-    signal(SIGTERM, SIG_DFL);
-    signal(SIGINT, SIG_DFL);
+    signal(SIGTERM, SIG_IGN);
+    signal(SIGINT, SIG_IGN);
 }
 #else
 SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {}

@@ -2,6 +2,7 @@
 // server headless, message boxes on standard error.
 #include "app/ProgramDir.h"
 #include "app/SignalBridge.h"
+#include "net/DescriptorLimit.h"
 #include "server/ConsoleDisplay.h"
 #include "server/RuntimeError.h"
 #include "server/Server.h"
@@ -56,6 +57,7 @@ int main(int argc, char* argv[]) {
         return 0;
     }
 
+    descriptors::raiseSoftLimit();
     const QString appDir = programDirWithSeparator(QCoreApplication::applicationDirPath());
     std::unique_ptr<Server> server;
     if (!headless) {

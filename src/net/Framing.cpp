@@ -1,35 +1,60 @@
 #include "net/Framing.h"
 
-#include "net/Text.h"
+#include <cstring>
 
 namespace {
-// Command = first 6 characters; Data = from character 7 on, which fails for a message of
-// fewer than 6 characters and is then skipped.
-void fill(CommandRec& rec, std::string_view message, ErrorTrap& trap) {
-    rec.Command = std::string(message.substr(0, 6));
-    trap([&] { rec.Data = text::mid(message, 7, static_cast<long>(message.size()) - 6); });
+constexpr size_t kCommandLength = 6;
+
+CommandRec recordOf(std::string_view message) {
+    if (message.size() < kCommandLength) return {message, {}};
+    return {message.substr(0, kCommandLength), message.substr(kCommandLength)};
 }
 } // namespace
 
+bool MessageCursor::next(CommandRec& message) {
+    for (;;) {
+        const void* nul = std::memchr(rest_.data(), '\0', rest_.size());
+        if (!nul) {
+            rest_ = {}; // whatever followed the last NUL is dropped
+            return false;
+        }
+        const size_t length = static_cast<size_t>(static_cast<const char*>(nul) - rest_.data());
+        const std::string_view whole = rest_.substr(0, length);
+        rest_.remove_prefix(length + 1);
+        if (length > kMaxMessageBytes) continue;
+        message = recordOf(whole);
+        return true;
+    }
+}
+
+bool hasShortMessage(std::string_view arrival) {
+    MessageCursor cursor(arrival);
+    CommandRec message;
+    while (cursor.next(message))
+        if (message.Command.size() < kCommandLength) return true;
+    return false;
+}
+
+void checkArrival(std::string_view arrival, ErrorLog& log, std::string_view routine) {
+    if (!hasShortMessage(arrival)) return;
+    ErrorTrap trap(log, routine);
+    trap.raise(errors::invalidCall());
+}
+
 CommandList splitArrival(std::string_view data, ErrorTrap& trap) {
     CommandList list;
-    size_t start = 0;
-    for (size_t nul = data.find('\0'); nul != std::string_view::npos; nul = data.find('\0', start)) {
-        fill(list.append(), data.substr(start, nul - start), trap);
-        start = nul + 1;
+    MessageCursor cursor(data);
+    CommandRec message;
+    while (cursor.next(message)) {
+        if (message.Command.size() < kCommandLength) trap.raise(errors::invalidCall());
+        list.append(message);
     }
-    return list; // whatever followed the last NUL is dropped
+    return list;
 }
 
 CommandList splitAiArrival(std::string_view data, ErrorTrap& trap) {
     CommandList list;
-    fill(list.append(), data, trap);
+    if (data.size() < kCommandLength) trap.raise(errors::invalidCall());
+    list.append(recordOf(data));
     return list;
-}
-
-void ParseInto(VbList<CommandList>& arrays, int index, std::string_view data, ErrorLog& log,
-               std::string_view routine) {
-    ErrorTrap trap(log, routine);
-    CommandList parsed = splitArrival(data, trap);
-    trap([&] { arrays[index] = std::move(parsed); });
 }

@@ -5,16 +5,39 @@
 #include "net/CommandRec.h"
 #include "server/ErrorTrap.h"
 
+#include <cstddef>
 #include <string_view>
 
-// Player, AWACS and SIM channels: messages end in NUL. A message of fewer than 6 characters
-// gets a short Command and no Data, and leaves "Invalid procedure call" pending in the trap.
+// No honest message comes near this (positions and names are tens of bytes); a longer one is
+// dropped whole, so nothing a peer sends is stored or repeated at more than this size.
+inline constexpr size_t kMaxMessageBytes = 16 * 1024;
+
+// The messages of one arrival on the player, AWACS and SIM channels, in order, each viewing the
+// arrival's bytes. A message ends at a NUL; whatever follows the last NUL is dropped, and so is
+// a message longer than kMaxMessageBytes.
+class MessageCursor {
+public:
+    explicit MessageCursor(std::string_view arrival) : rest_(arrival) {}
+    // The next message, or false at the end of the arrival.
+    bool next(CommandRec& message);
+    // What has not been handed out yet.
+    std::string_view rest() const { return rest_; }
+
+private:
+    std::string_view rest_;
+};
+
+// A message of fewer than 6 characters gets a short Command and no Data, and its Data cannot be
+// taken: "Invalid procedure call". Raised into the trap without unwinding, so a peer sending
+// nothing but NULs costs no more per message than one sending commands.
+bool hasShortMessage(std::string_view arrival);
+
+// ParseData/ParseData2/ParseData3: the check of one whole arrival before any of its commands is
+// handled; a short message leaves its error in the routine's trap, which settles at once.
+void checkArrival(std::string_view arrival, ErrorLog& log, std::string_view routine);
+
+// Player/AWACS/SIM channels, whole: the records MessageCursor hands out.
 CommandList splitArrival(std::string_view data, ErrorTrap& trap);
 
 // AI Spy channel: every arrival is exactly one command, NULs included in its Data.
 CommandList splitAiArrival(std::string_view data, ErrorTrap& trap);
-
-// ParseData/ParseData2/ParseData3: the commands of one arrival replace what arrays[index]
-// held; failures are trapped under the routine's own name.
-void ParseInto(VbList<CommandList>& arrays, int index, std::string_view data, ErrorLog& log,
-               std::string_view routine);

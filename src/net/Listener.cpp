@@ -1,22 +1,60 @@
 #include "net/Listener.h"
 
+#include "net/DescriptorLimit.h"
 #include "server/RuntimeError.h"
 
 #include <QTcpSocket>
 
-Listener::Listener(QObject* parent) : QObject(parent), server_(*this) {}
+#include <algorithm>
+#include <vector>
+
+namespace {
+// How long accepting rests when the process is out of descriptors.
+constexpr int kPauseMs = 250;
+std::vector<Listener*> listeners;
+} // namespace
+
+Listener::Listener(QObject* parent) : QObject(parent), server_(*this) {
+    listeners.push_back(this);
+    resume_.setSingleShot(true);
+    resume_.setInterval(kPauseMs);
+    // Resuming while still out of descriptors would have the system offer the same connection
+    // over and over, every attempt failing: rest again instead.
+    connect(&resume_, &QTimer::timeout, this, [this] {
+        if (!server_.isListening()) return;
+        if (descriptors::roomToAccept())
+            server_.resumeAccepting();
+        else
+            resume_.start();
+    });
+}
+
+Listener::~Listener() { std::erase(listeners, this); }
 
 void Listener::listen(quint16 port) {
     if (!server_.listen(QHostAddress::Any, port)) throw RuntimeError(10048, "Address in use");
 }
 
-void Listener::close() { server_.close(); }
+void Listener::close() {
+    resume_.stop();
+    server_.close();
+}
 
 void Listener::take(qintptr requestId) {
     if (requestId == raising_) raising_ = -1;
 }
 
+// Every port shares the process's descriptors: when one runs short, all of them rest.
+void Listener::pauseAll() {
+    for (Listener* listener : listeners) {
+        if (!listener->server_.isListening()) continue;
+        listener->server_.pauseAccepting();
+        listener->resume_.start();
+    }
+}
+
 void Listener::raise(qintptr handle) {
+    if (descriptors::nearLimit(handle)) pauseAll();
     raising_ = handle;
     emit connectionRequest(handle);
     if (raising_ == handle) {

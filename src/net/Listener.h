@@ -1,6 +1,7 @@
 #pragma once
 #include <QObject>
 #include <QTcpServer>
+#include <QTimer>
 
 // A listening socket control. Each incoming connection is raised as a connection request
 // carrying its identifier; a request that no handler accepts is refused once the event is over.
@@ -8,6 +9,7 @@ class Listener : public QObject {
     Q_OBJECT
 public:
     explicit Listener(QObject* parent = nullptr);
+    ~Listener() override;
     // Listens on the port (0: any free port); "Address in use" when it cannot.
     void listen(quint16 port);
     void close();
@@ -31,6 +33,8 @@ private:
         Listener& owner_;
     };
     void raise(qintptr handle);
+    static void pauseAll();
     Server server_;
+    QTimer resume_;
     qintptr raising_ = -1;
 };

@@ -9,9 +9,12 @@ namespace {
 void sendOnArray(Server& server, SocketArray& sockets, std::string_view routine, std::string_view label,
                  std::string_view command, std::string_view data, int16_t index) {
     ErrorTrap trap(server.errorLog(), routine);
-    trap([&] {
-        if (sockets.state(index) == SocketElement::Connected) sockets.send(index, command, data);
-    });
+    // A slot whose connection has gone (answers to the commands after a VALEND, a record left on
+    // a closed slot) fails its statement without unwinding: peers can make this happen at will.
+    if (!sockets.isLoaded(index))
+        trap.raise(errors::elementMissing(index));
+    else if (sockets.state(index) == SocketElement::Connected)
+        trap([&] { sockets.send(index, command, data); });
     if (server.logOn()) server.WriteLog(trafficLine(label, std::to_string(index), command, data));
 }
 

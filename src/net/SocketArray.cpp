@@ -18,6 +18,7 @@ void SocketArray::load(int index) {
     connect(element.get(), &SocketElement::dataArrival, this, &SocketArray::dataArrival);
     connect(element.get(), &SocketElement::closed, this, &SocketArray::closed);
     connect(element.get(), &SocketElement::error, this, &SocketArray::error);
+    connect(element.get(), &SocketElement::drained, this, &SocketArray::drained);
     elements_[static_cast<size_t>(index)] = std::move(element);
 }
 
@@ -53,8 +54,6 @@ void SocketArray::send(int index, std::string_view command, std::string_view dat
     if (index == 0) throw errors::wrongState();
     element(index).send(command, data);
 }
-
-QByteArray SocketArray::readAll(int index) { return index == 0 ? QByteArray() : element(index).readAll(); }
 
 void SocketArray::close(int index) {
     if (index == 0)

@@ -17,7 +17,6 @@ public:
     static constexpr int kMaxIndex = 48;
     explicit SocketArray(QObject* parent = nullptr);
 
-    Listener& listener() { return listener_; }
     void listen(quint16 port) { listener_.listen(port); }
     void closeListener() { listener_.close(); }
     quint16 port() const { return listener_.port(); }
@@ -29,7 +28,6 @@ public:
     void accept(int index, qintptr requestId);
     // One whole message, command + data + NUL.
     void send(int index, std::string_view command, std::string_view data);
-    QByteArray readAll(int index);
     void close(int index);
     // Loaded elements other than the listener, in index order.
     std::vector<int> loadedIndices() const;
@@ -40,6 +38,7 @@ signals:
     void dataArrival(int index, qint64 bytes);
     void closed(int index);
     void error(int index, int number, const QString& description);
+    void drained(int index);
 
 private:
     const SocketElement& loaded(int index) const;

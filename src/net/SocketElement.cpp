@@ -1,14 +1,16 @@
 #include "net/SocketElement.h"
 
+#include "net/ClosedConnections.h"
+#include "net/Framing.h"
+#include "net/PeerLiveness.h"
 #include "server/RuntimeError.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QTcpSocket>
-#include <QTimer>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <vector>
 
 #if defined(Q_OS_LINUX)
@@ -16,8 +18,8 @@
 #endif
 
 namespace {
-constexpr int kLingerMs = 10000; // how long a closed connection may take to hand over its output
 constexpr size_t kOutboxKeptCapacity = 512 * 1024; // what 48 busy peers give one event
+constexpr size_t kInboxKeptCapacity = 64 * 1024;
 
 // The elements that gathered output during the current event. One posted call hands all of
 // it over once the event is over; an element that goes away leaves the list first.
@@ -57,8 +59,10 @@ void SocketElement::accept(qintptr requestId) {
         throw errors::wrongState();
     }
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    watchPeerLiveness(requestId);
     socket_ = socket;
     connect(socket, &QTcpSocket::readyRead, this, [this] { emit dataArrival(index_, socket_->bytesAvailable()); });
+    connect(socket, &QTcpSocket::bytesWritten, this, [this] { noticeDrain(); });
     connect(socket, &QTcpSocket::disconnected, this, [this] {
         if (!errored_) emit closed(index_);
     });
@@ -70,7 +74,71 @@ void SocketElement::accept(qintptr requestId) {
     });
 }
 
-QByteArray SocketElement::readAll() { return socket_ ? socket_->readAll() : QByteArray(); }
+std::string_view SocketElement::readMessages() { return read(kMaxArrivalBytes, true); }
+
+std::string_view SocketElement::readWhole() { return read(kMaxWholeArrivalBytes, false); }
+
+std::string_view SocketElement::read(qint64 limit, bool keepCutMessage) {
+    inbox_.swap(carried_);
+    carried_.clear();
+    if (!socket_) return {};
+    const qint64 waiting = socket_->bytesAvailable();
+    // Reading even when nothing is counted lets the socket notice the peer's close.
+    const qint64 wanted = std::clamp<qint64>(waiting, 4096, limit);
+    const size_t before = inbox_.size();
+    inbox_.resize(before + static_cast<size_t>(wanted));
+    const qint64 got = std::max<qint64>(0, socket_->read(inbox_.data() + before, wanted));
+    inbox_.resize(before + static_cast<size_t>(got));
+
+    std::string_view arrival(inbox_);
+    if (skippingLongMessage_) { // the rest of a message too long to keep, up to its NUL
+        const size_t nul = arrival.find('\0', before);
+        skippingLongMessage_ = nul == std::string_view::npos;
+        arrival.remove_prefix(skippingLongMessage_ ? arrival.size() : nul + 1);
+    }
+    if (keepCutMessage && waiting > limit) {
+        const size_t lastNul = arrival.rfind('\0');
+        const std::string_view tail = lastNul == std::string_view::npos ? arrival : arrival.substr(lastNul + 1);
+        if (tail.size() > kMaxMessageBytes)
+            skippingLongMessage_ = true;
+        else
+            carried_.assign(tail);
+        arrival.remove_suffix(tail.size());
+    }
+    return arrival;
+}
+
+void SocketElement::holdUnhandled(std::string_view rest) {
+    held_ = true;
+    heldFrom_ = rest.empty() ? inbox_.size() : static_cast<size_t>(rest.data() - inbox_.data());
+    noticeDrain();
+}
+
+std::string_view SocketElement::unhandled() const {
+    if (!held_) return {};
+    return std::string_view(inbox_).substr(std::min(heldFrom_, inbox_.size()));
+}
+
+void SocketElement::finishArrival() {
+    held_ = false;
+    heldFrom_ = 0;
+    inbox_.clear();
+    if (inbox_.capacity() > kInboxKeptCapacity) std::string().swap(inbox_);
+    if (passedOver_ && socket_) {
+        passedOver_ = false;
+        QMetaObject::invokeMethod(this, [this] { emit dataArrival(index_, socket_ ? socket_->bytesAvailable() : 0); },
+                                  Qt::QueuedConnection);
+    }
+}
+
+// Raised as an event of its own once the output that held an arrival has gone down to half the
+// cap, so the peer's next requests meet room for their answers.
+void SocketElement::noticeDrain() {
+    if (!held_ || bytesQueued() >= kOutputCap / 2) return;
+    QMetaObject::invokeMethod(this, [this] {
+        if (held_) emit drained(index_);
+    }, Qt::QueuedConnection);
+}
 
 void SocketElement::send(std::string_view command, std::string_view data) {
     // A connection that took a message this event is still connected: nothing but the event
@@ -79,8 +147,16 @@ void SocketElement::send(std::string_view command, std::string_view data) {
         if (state() != Connected) throw errors::wrongState();
         queuedBeforeEvent_ = socket_->bytesToWrite();
     }
+    // A NUL ends a message in the peer's stream: data holding one (an AI Spy record, a line of a
+    // setup file) would end this message early and put what follows into the peer's stream as
+    // a message of its own. The peer gets what it would have read as this message.
+    if (const void* nul = std::memchr(data.data(), '\0', data.size()))
+        data = data.substr(0, static_cast<size_t>(static_cast<const char*>(nul) - data.data()));
     const qint64 size = static_cast<qint64>(command.size() + data.size() + 1);
-    if (queuedBeforeEvent_ + static_cast<qint64>(outbox_.size()) + size > kOutputCap) return;
+    if (!answering_ && queuedBeforeEvent_ + static_cast<qint64>(outbox_.size()) + size > kOutputCap) {
+        ++dropped_;
+        return;
+    }
     if (outbox_.empty()) {
         if (std::find(gathering.begin(), gathering.end(), this) == gathering.end()) gathering.push_back(this);
         if (!handOverPosted) {
@@ -137,6 +213,7 @@ void SocketElement::handOverOutbox() {
     }
     outbox_.clear();
     if (outbox_.capacity() > kOutboxKeptCapacity) std::string().swap(outbox_); // after a burst
+    noticeDrain();
 }
 
 void SocketElement::close() {
@@ -148,14 +225,16 @@ qint64 SocketElement::bytesQueued() const {
     return static_cast<qint64>(outbox_.size()) + (socket_ ? socket_->bytesToWrite() : 0);
 }
 
-void SocketElement::flushFor(int timeoutMs) {
+bool SocketElement::writeOut() {
     handOverOutbox();
-    if (!socket_ || socket_->state() != QAbstractSocket::ConnectedState) return;
-    QElapsedTimer clock;
-    clock.start();
-    while (socket_->bytesToWrite() > 0 && clock.elapsed() < timeoutMs)
-        if (!socket_->waitForBytesWritten(static_cast<int>(timeoutMs - clock.elapsed()))) break;
+    if (!socket_ || socket_->state() != QAbstractSocket::ConnectedState) return false;
+    socket_->flush();
+    return socket_->bytesToWrite() > 0;
 }
+
+bool SocketElement::writeOutClosed() { return ClosedConnections::instance().writeOut(); }
+
+int SocketElement::closedStillSending() { return ClosedConnections::instance().count(); }
 
 // Detaches the connection from this element, so no further event reaches the server, and
 // lets it close gracefully on its own: output already queued still reaches the peer.
@@ -163,17 +242,12 @@ void SocketElement::release() {
     handOverOutbox();
     QTcpSocket* socket = socket_;
     socket_ = nullptr;
+    held_ = false;
+    passedOver_ = false;
+    carried_.clear();
+    skippingLongMessage_ = false;
     if (!socket) return;
     socket->disconnect(this);
     socket->setParent(nullptr);
-    QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-    socket->disconnectFromHost();
-    if (socket->state() == QAbstractSocket::UnconnectedState) {
-        socket->deleteLater();
-        return;
-    }
-    QTimer::singleShot(kLingerMs, socket, [socket] {
-        socket->abort();
-        socket->deleteLater();
-    });
+    ClosedConnections::instance().adopt(socket);
 }

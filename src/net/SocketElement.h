@@ -21,6 +21,11 @@ public:
     // A peer that never reads must not grow the server: a message that would take a
     // connection's unsent output past this is dropped whole, like a send to a closed socket.
     static constexpr qint64 kOutputCap = 4 * 1024 * 1024;
+    // The most one arrival reads; what else waits in the system is read on the next turn of the
+    // loop, so one busy peer cannot hold the others up.
+    static constexpr qint64 kMaxArrivalBytes = 256 * 1024;
+    // The AI Spy's arrival is one command: its size is its record batch, read whole up to this.
+    static constexpr qint64 kMaxWholeArrivalBytes = 1024 * 1024;
 
     explicit SocketElement(int index, QObject* parent = nullptr);
     ~SocketElement() override;
@@ -29,31 +34,76 @@ public:
     int state() const;
     // Takes over an accepted connection; "wrong state" unless this element is closed.
     void accept(qintptr requestId);
-    QByteArray readAll();
+
+    // Reads one arrival of NUL-ended messages. When this read had to stop short of what was
+    // already waiting, the read was cut here and not by the peer: the unfinished message at its
+    // end is kept for the next read rather than lost (a message longer than the framing allows
+    // is dropped whole instead). The view is valid until the next read.
+    std::string_view readMessages();
+    // Reads one arrival as it is (the AI Spy channel: one command per arrival).
+    std::string_view readWhole();
+
+    // The arrival's handling stopped before `rest` (a view into the last read) because this
+    // connection's own output backed up; `drained` is raised when the peer has read enough to
+    // go on with unhandled().
+    void holdUnhandled(std::string_view rest);
+    bool holdsUnhandled() const { return held_; }
+    std::string_view unhandled() const;
+    // The arrival is finished: a hold is released, and when a data arrival was passed over
+    // meanwhile it is raised again.
+    void finishArrival();
+    // A data arrival came while the element held an earlier one; it is raised again later.
+    void passOverArrival() { passedOver_ = true; }
+
     // Queues one whole message, command + data + NUL; "wrong state" unless connected. Never
     // blocks. Messages sent within one event are gathered and handed to the connection
     // together when the event is over, which is when the connection would start writing them
     // anyway: a relay to many clients costs one system write per client and event.
     void send(std::string_view command, std::string_view data);
+    // While a connection's own requests are handled, what it is sent is its answer: a peer that
+    // asked must get all of it, so the cap does not cut it (the channel stops handling the
+    // peer's requests instead, until it has read).
+    void setAnswering(bool on) { answering_ = on; }
+    bool backedUp() const { return bytesQueued() >= kOutputCap; }
     // Closes without raising the close event; what was queued still goes out.
     void close();
     qint64 bytesQueued() const;
-    // Writes out what is queued, waiting at most timeoutMs in all (used only before the
-    // process ends).
-    void flushFor(int timeoutMs);
+    // Messages dropped whole because the peer did not read.
+    quint64 droppedMessages() const { return dropped_; }
+
+    // Hands the queued output to the system as far as it takes it now, without waiting;
+    // returns whether some is still queued.
+    bool writeOut();
+
+    // writeOut() for every connection closed by the server that still holds output.
+    static bool writeOutClosed();
+    // Connections closed by the server that still hand over their last output.
+    static int closedStillSending();
 
 signals:
     void dataArrival(int index, qint64 bytes);
     void closed(int index);
     void error(int index, int number, const QString& description);
+    // The output that stopped an arrival's handling has gone down; see holdUnhandled().
+    void drained(int index);
 
 private:
+    std::string_view read(qint64 limit, bool keepCutMessage);
     void release();
     void handOverOutbox();
+    void noticeDrain();
     static void handOverAll();
     int index_;
     QTcpSocket* socket_ = nullptr;
     bool errored_ = false;
+    bool answering_ = false;
     std::string outbox_; // sent during the current event, not yet handed to the connection
     qint64 queuedBeforeEvent_ = 0; // what the connection still held when the event began
+    quint64 dropped_ = 0;
+    std::string inbox_;       // the last read, after what an earlier cut read left over
+    std::string carried_;     // the unfinished message at the end of a cut read
+    bool skippingLongMessage_ = false;
+    size_t heldFrom_ = 0;     // where the held part of inbox_ begins
+    bool held_ = false;
+    bool passedOver_ = false;
 };

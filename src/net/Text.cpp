@@ -55,21 +55,21 @@ static double roundHalfEven(double v) {
     return r;
 }
 
-int16_t toInt16(double value) {
+template <typename T> static Checked<T> rounded(double value) {
     double r = roundHalfEven(value);
-    if (!(r >= std::numeric_limits<int16_t>::min() && r <= std::numeric_limits<int16_t>::max()))
-        throw errors::overflow();
-    return static_cast<int16_t>(r);
+    if (!(r >= std::numeric_limits<T>::min() && r <= std::numeric_limits<T>::max())) return {0, errors::overflow};
+    return {static_cast<T>(r)};
 }
 
-int32_t toInt32(double value) {
-    double r = roundHalfEven(value);
-    if (!(r >= std::numeric_limits<int32_t>::min() && r <= std::numeric_limits<int32_t>::max()))
-        throw errors::overflow();
-    return static_cast<int32_t>(r);
+Checked<int16_t> int16Of(double value) {
+    return rounded<int16_t>(value);
 }
 
-int32_t strictInt32(std::string_view s) {
+Checked<int32_t> int32Of(double value) {
+    return rounded<int32_t>(value);
+}
+
+Checked<int32_t> strictInt32Of(std::string_view s) {
     size_t b = 0, e = s.size();
     while (b < e && isBlank(s[b]))
         ++b;
@@ -85,21 +85,16 @@ int32_t strictInt32(std::string_view s) {
         else if (t[i] == '.' && !point)
             point = true;
         else
-            throw errors::typeMismatch();
+            return {0, errors::typeMismatch};
     }
-    if (!digits) throw errors::typeMismatch();
-    return toInt32(leadingNumber(t));
+    if (!digits) return {0, errors::typeMismatch};
+    return int32Of(leadingNumber(t));
 }
 
 std::string mid(std::string_view s, long start, long count) {
     if (start < 1 || count < 0) throw errors::invalidCall();
     if (static_cast<size_t>(start) > s.size()) return {};
     return std::string(s.substr(static_cast<size_t>(start - 1), static_cast<size_t>(count)));
-}
-
-std::string left(std::string_view s, long count) {
-    if (count < 0) throw errors::invalidCall();
-    return std::string(s.substr(0, static_cast<size_t>(count)));
 }
 
 QString display(std::string_view s) {

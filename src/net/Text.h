@@ -20,9 +20,15 @@ VbList<std::string> splitAt(std::string_view s);
 double leadingNumber(std::string_view s);
 
 // Rounds to the nearest integer, halves to the even neighbour; "Overflow" outside 16 bits.
-int16_t toInt16(double value);
+Checked<int16_t> int16Of(double value);
 // Same, for 32 bits.
-int32_t toInt32(double value);
+Checked<int32_t> int32Of(double value);
+inline int16_t toInt16(double value) {
+    return int16Of(value).orThrow();
+}
+inline int32_t toInt32(double value) {
+    return int32Of(value).orThrow();
+}
 // Leading number of the text, rounded into 16 bits.
 inline int16_t leadingInt16(std::string_view s) {
     return toInt16(leadingNumber(s));
@@ -30,11 +36,13 @@ inline int16_t leadingInt16(std::string_view s) {
 
 // A strict conversion: the whole text (blanks around it allowed) must be a number,
 // else "Type mismatch".
-int32_t strictInt32(std::string_view s);
+Checked<int32_t> strictInt32Of(std::string_view s);
+inline int32_t strictInt32(std::string_view s) {
+    return strictInt32Of(s).orThrow();
+}
 
 // Characters from 1-based position start, count of them; a negative count is an invalid call.
 std::string mid(std::string_view s, long start, long count);
-std::string left(std::string_view s, long count);
 
 inline std::string number(long long n) {
     return std::to_string(n);

@@ -5,7 +5,7 @@
 //   VERFOK/VERNOK -> mark "O"/"X"; ERRGET p -> player p's reasons as texts; VALEND -> gone.
 #include "players/PlayerSessions.h"
 
-#include "net/Framing.h"
+#include "net/ArrivalService.h"
 #include "net/Text.h"
 #include "relay/AwacsClients.h"
 #include "server/Server.h"
@@ -28,29 +28,34 @@ bool isRecognised(std::string_view command) {
 
 } // namespace
 
+// A VALEND in the middle of a batch unloads the socket; the commands after it are still
+// handled, and whatever they answer is dropped by the sender.
 void PlayerSessions::WS1_DataArrival(int index) {
     ErrorTrap trap(server_.errorLog(), "WS1_DataArrival");
-    const int16_t slot = static_cast<int16_t>(index);
-    QByteArray data;
-    trap([&] { data = server_.WS1().readAll(index); });
-    ParseInto(PlayerCommands, index, std::string_view(data.constData(), static_cast<size_t>(data.size())),
-              server_.errorLog(), "ParseData");
-    int count = 0;
-    trap([&] { count = PlayerCommands[index].ubound(); });
-    // A VALEND in the middle of a batch unloads the socket; the commands after it are still
-    // handled, and whatever they answer is dropped by the sender.
-    for (int i = 1; i <= count; ++i) {
-        CommandRec command;
-        if (!trap([&] { command = PlayerCommands[index][i]; })) continue;
-        if (!isRecognised(command.Command)) continue; // unknown commands are ignored silently
-        if (command.Command != "GETLST") server_.logArrival(kArrivalLabel, index, command);
-        handleCommand(command, slot, trap);
-    }
+    SocketElement* element = nullptr;
+    if (!trap([&] { element = &server_.WS1().element(index); })) return;
+    serveArrival(*element, server_.errorLog(), "ParseData",
+                 [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index), trap); });
+}
+
+// The player has read what held its requests: the rest of its arrival is handled now.
+void PlayerSessions::WS1_Drained(int index) {
+    ErrorTrap trap(server_.errorLog(), "WS1_DataArrival");
+    SocketElement* element = nullptr;
+    if (!trap([&] { element = &server_.WS1().element(index); })) return;
+    resumeArrival(*element,
+                  [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index), trap); });
+}
+
+void PlayerSessions::handleArrived(const CommandRec& command, int16_t slot, ErrorTrap& trap) {
+    if (!isRecognised(command.Command)) return; // unknown commands are ignored silently
+    if (command.Command != "GETLST") server_.logArrival(kArrivalLabel, slot, command);
+    handleCommand(command, slot, trap);
 }
 
 void PlayerSessions::handleCommand(const CommandRec& command, int16_t slot, ErrorTrap& trap) {
-    const std::string& name = command.Command;
-    const std::string& payload = command.Data;
+    const std::string_view name = command.Command;
+    const std::string_view payload = command.Data;
     if (name == "GETLST") {
         SendPlayerslist(slot);
     } else if (name == "VERFOK") {
@@ -70,26 +75,35 @@ void PlayerSessions::handleCommand(const CommandRec& command, int16_t slot, Erro
     } else if (name == "VLERRO") {
         // Free text from the player's program: the arrival line above is all it gets.
     } else if (name == "ERRRDM") {
-        trap([&] { PlayerErrorListRedim(slot, text::leadingInt16(payload)); });
+        int16_t count = 0;
+        if (trap.take(text::int16Of(text::leadingNumber(payload)), count)) PlayerErrorListRedim(slot, count);
     } else if (name == "ERRADD") {
         PlayerErrorListAdd(payload, slot);
     } else if (name == "ERRDON") {
         PlayerErrorListDone(slot);
     } else if (name == "ERRGET") {
-        trap([&] { SendErrorListToPlayer(slot, text::leadingInt16(payload)); });
+        int16_t position = 0;
+        if (trap.take(text::int16Of(text::leadingNumber(payload)), position)) SendErrorListToPlayer(slot, position);
     }
 }
 
 // GETVLO: the setup's lines go to the player, and every record on the slot notes the choice.
 // Nobody is told and the tree view keeps its text until the next status change redraws it.
-void PlayerSessions::handleSetupChoice(const std::string& payload, int16_t slot, ErrorTrap& trap) {
+void PlayerSessions::handleSetupChoice(std::string_view payload, int16_t slot, ErrorTrap& trap) {
     const double number = text::leadingNumber(payload);
-    trap([&] { server_.setups().SendSetup(text::toInt16(number), slot); });
+    const Checked<int16_t> asInt16 = text::int16Of(number);
+    int16_t setupNumber = 0;
+    if (trap.take(asInt16, setupNumber)) server_.setups().SendSetup(setupNumber, slot);
+    const Checked<int32_t> asInt32 = text::int32Of(number);
     for (int i = 1; i <= Players_.ubound(); ++i) {
         PlayerRecord& player = Players_[i];
         if (player.Slot != slot) continue;
         // A number past the catalogue keeps the old name; 0 names the empty element 0, "".
-        trap([&] { player.PlayerSetupName = server_.setups().Setups()[text::toInt32(number)].Name; });
-        trap([&] { player.SetupNumber = text::toInt16(number); });
+        int32_t position = 0;
+        if (trap.take(asInt32, position)) {
+            const SetupRecord* setup = server_.setups().Setups().find(position);
+            if (trap.require(setup != nullptr, errors::subscriptOutOfRange)) player.PlayerSetupName = setup->Name;
+        }
+        trap.take(asInt16, player.SetupNumber);
     }
 }

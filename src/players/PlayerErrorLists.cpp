@@ -12,19 +12,23 @@ void PlayerSessions::PlayerErrorListRedim(int16_t slot, int16_t count) {
     PlayerRecord* player = firstOnSlot(slot);
     if (!player) return;
     // A new list replaces the old one; a negative count leaves the old one as it was.
-    trap([&] { player->Errors = VbList<int16_t>::withUpperBound(count); });
+    if (trap.require(count >= 0, errors::subscriptOutOfRange)) player->Errors = VbList<int16_t>::withUpperBound(count);
 }
 
-void PlayerSessions::PlayerErrorListAdd(const std::string& payload, int16_t slot) {
+void PlayerSessions::PlayerErrorListAdd(std::string_view payload, int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "PlayerErrorListAdd");
-    VbList<std::string> fields = text::splitAt(payload);
     PlayerRecord* player = firstOnSlot(slot);
     if (!player) return;
     // Field 1 is a place in the list, not an error code; places may come in any order.
-    trap([&] {
-        const int16_t lineNumber = text::leadingInt16(fields[2]);
-        player->Errors[text::toInt32(text::leadingNumber(fields[1]))] = lineNumber;
-    });
+    const size_t at = payload.find('@');
+    if (!trap.require(at != std::string_view::npos, errors::subscriptOutOfRange)) return;
+    const std::string_view line = payload.substr(at + 1);
+    int16_t lineNumber = 0;
+    int32_t place = 0;
+    if (!trap.take(text::int16Of(text::leadingNumber(line.substr(0, line.find('@')))), lineNumber)) return;
+    if (!trap.take(text::int32Of(text::leadingNumber(payload.substr(0, at))), place)) return;
+    int16_t* entry = player->Errors.find(place);
+    if (trap.require(entry != nullptr, errors::subscriptOutOfRange)) *entry = lineNumber;
 }
 
 // ERRDON needs a handler and nothing more: the list is complete as the ERRADDs left it.
@@ -36,15 +40,11 @@ void PlayerSessions::SendErrorListToPlayer(int16_t toSlot, int16_t position) {
     const std::string p = text::number(position);
     // A position that is not a listed player is reported as an empty list; element 0 is the
     // empty record, which has no list at all.
-    int count = 0;
-    trap([&] {
-        if (position < 1) throw errors::subscriptOutOfRange();
-        count = Players_[position].Errors.ubound();
-    });
+    const PlayerRecord* player = position >= 1 ? Players_.find(position) : nullptr;
+    const int count = trap.require(player != nullptr, errors::subscriptOutOfRange) ? player->Errors.ubound() : 0;
     senders.SendCommand("ERRRDM", p + "@" + text::number(count), toSlot);
     for (int i = 1; i <= count; ++i) {
-        std::string reason;
-        trap([&] { reason = ErrnumToStr(position, Players_[position].Errors[i]); });
+        const std::string reason = ErrnumToStr(position, player->Errors[i]);
         senders.SendCommand("ERRADD", p + "@" + text::number(i) + "@" + reason, toSlot);
     }
     senders.SendCommand("ERRDON", p, toSlot);
@@ -53,13 +53,11 @@ void PlayerSessions::SendErrorListToPlayer(int16_t toSlot, int16_t position) {
 std::string PlayerSessions::ErrnumToStr(int16_t position, int16_t lineNumber) {
     ErrorTrap trap(server_.errorLog(), "ErrnumToStr");
     std::string reason;
-    std::string line;
-    if (!trap([&] {
-            const SetupCatalogue& setups = server_.setups();
-            line = setups.linesOf(Players_[position].SetupNumber)[lineNumber];
-        }))
-        return reason;
-    VbList<std::string> fields = text::splitAt(line);
+    const PlayerRecord* player = Players_.find(position);
+    const VbList<std::string>* lines = player ? server_.setups().findLines(player->SetupNumber) : nullptr;
+    const std::string* line = lines ? lines->find(lineNumber) : nullptr;
+    if (!trap.require(line != nullptr, errors::subscriptOutOfRange)) return reason;
+    VbList<std::string> fields = text::splitAt(*line);
     const std::string& kind = fields[1];
     // The texts are the ones the players' programs show; their spelling is part of the protocol.
     trap([&] {

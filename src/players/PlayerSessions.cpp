@@ -1,6 +1,7 @@
 #include "players/PlayerSessions.h"
 
 #include "net/Text.h"
+#include "relay/AirplaneText.h"
 #include "relay/AwacsClients.h"
 #include "server/Server.h"
 
@@ -9,13 +10,12 @@ PlayerSessions::PlayerSessions(Server& server) : server_(server) {}
 void PlayerSessions::reset() {
     Players_.reset();
     PlayerSlotUsed_.fill(false);
-    PlayerCommands.reset();
 }
 
 void PlayerSessions::WS1_ConnectionRequest(int index, qintptr requestId) {
     if (index != 0) return;
     ErrorTrap trap(server_.errorLog(), "WS1_ConnectionRequest");
-    acceptOnLowestFreeSlot(server_.WS1(), PlayerSlotUsed_, PlayerCommands, requestId, trap);
+    acceptOnLowestFreeSlot(server_.WS1(), PlayerSlotUsed_, requestId, trap);
 }
 
 // A close and an error on the same slot may both arrive; the second finds the slot free.
@@ -42,10 +42,13 @@ void PlayerSessions::toEveryPlayer(std::string_view command, const std::string& 
         trap([&] { server_.senders().SendCommand(command, data, Players_[i].Slot); });
 }
 
-void PlayerSessions::AddToPlayerList(const std::string& name, int16_t slot) {
+void PlayerSessions::AddToPlayerList(std::string_view name, int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "AddToPlayerList");
     // A second VALIDR on one slot makes a second record: both get every status change and
     // both go when the connection does.
+    int listed = 0;
+    for (int i = 1; i <= Players_.ubound(); ++i) listed += Players_[i].Slot == slot;
+    if (!trap.require(listed < kMaxListingsPerSlot, tooManyListings)) return;
     trap([&] {
         PlayerRecord& added = Players_.append();
         added.Name = name;
@@ -56,7 +59,7 @@ void PlayerSessions::AddToPlayerList(const std::string& name, int16_t slot) {
         added.SetupNumber = 0;
     });
     UpdateDisplay();
-    server_.awacs().toEveryClient("NEWCLT", text::number(slot) + "@" + name, trap);
+    server_.awacs().toEveryClient("NEWCLT", playerAnnouncement(slot, name), trap);
     std::string announcement;
     trap([&] { announcement = describe(Players_.ubound()); });
     toEveryPlayer("PLSNEW", announcement, trap);

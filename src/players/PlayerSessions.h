@@ -38,11 +38,12 @@ class PlayerSessions {
     // Socket events of WS1.
     void WS1_ConnectionRequest(int index, qintptr requestId);
     void WS1_DataArrival(int index);
+    void WS1_Drained(int index);
     void WS1_Close(int index);
     void WS1_Error(int index);
 
     // The player list and its broadcasts.
-    void AddToPlayerList(const std::string& name, int16_t slot);
+    void AddToPlayerList(std::string_view name, int16_t slot);
     void DeletePlayer(int16_t slot);
     void SendPlayerslist(int16_t slot);
     // "OK" marks "O", "NOK" marks "X", "?" marks "-".
@@ -52,7 +53,7 @@ class PlayerSessions {
 
     // The error lists that players report and ask for.
     void PlayerErrorListRedim(int16_t slot, int16_t count);
-    void PlayerErrorListAdd(const std::string& payload, int16_t slot);
+    void PlayerErrorListAdd(std::string_view payload, int16_t slot);
     void PlayerErrorListDone(int16_t slot);
     void SendErrorListToPlayer(int16_t toSlot, int16_t position);
     std::string ErrnumToStr(int16_t position, int16_t lineNumber);
@@ -66,8 +67,9 @@ class PlayerSessions {
 
   private:
     // One recognised command of an arrival, under WS1_DataArrival's trap.
+    void handleArrived(const CommandRec& command, int16_t slot, ErrorTrap& trap);
     void handleCommand(const CommandRec& command, int16_t slot, ErrorTrap& trap);
-    void handleSetupChoice(const std::string& payload, int16_t slot, ErrorTrap& trap);
+    void handleSetupChoice(std::string_view payload, int16_t slot, ErrorTrap& trap);
     // Position "@" Name "@" PlayerSetupName "@" Status, as PLSNEW, PLSUPD and PLSADD carry it.
     std::string describe(int position) const;
     // The first record on the slot, or none.
@@ -77,5 +79,4 @@ class PlayerSessions {
     Server& server_;
     VbList<PlayerRecord> Players_;
     SlotTable PlayerSlotUsed_{};
-    VbList<CommandList> PlayerCommands;
 };

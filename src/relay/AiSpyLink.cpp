@@ -22,15 +22,15 @@ void AiSpyLink::WS5_ConnectionRequest(qintptr requestId) {
 
 void AiSpyLink::WS4_DataArrival() {
     ErrorTrap trap(server_.errorLog(), "WS4_DataArrival");
-    QByteArray data = server_.WS4().readAll();
+    const std::string_view data = server_.WS4().readWhole();
+    CommandList commands;
     {
         ErrorTrap parseTrap(server_.errorLog(), "ParseData4");
-        AiCommands =
-            splitAiArrival(std::string_view(data.constData(), static_cast<size_t>(data.size())), parseTrap);
+        commands = splitAiArrival(data, parseTrap);
     }
-    for (int i = 1; i <= AiCommands.ubound(); ++i)
-        if (AiCommands[i].Command == "AIUPDT")
-            server_.awacs().SendToAwacsClients4(AISPYTxtToAWACSTxt(AiCommands[i].Data, server_.errorLog()));
+    for (int i = 1; i <= commands.ubound(); ++i)
+        if (commands[i].Command == "AIUPDT")
+            server_.awacs().SendToAwacsClients4(AISPYTxtToAWACSTxt(commands[i].Data, server_.errorLog()));
 }
 
 void AiSpyLink::WS4_Close() {

@@ -1,7 +1,6 @@
 #pragma once
 // The AI Spy link (port 5554): one connection at a time on WS4, its updates converted and
 // relayed to every AWACS client as "AILOCA".
-#include "net/CommandRec.h"
 
 #include <QtGlobal>
 
@@ -17,5 +16,4 @@ class AiSpyLink {
 
   private:
     Server& server_;
-    CommandList AiCommands;
 };

@@ -72,9 +72,8 @@ void splitLinesFromBottom(std::string_view record, std::vector<std::string>& lin
     lines.push_back(reversed(collected));
 }
 
-const std::string& lineAt(const std::vector<std::string>& lines, size_t fromBottom) {
-    if (fromBottom < 1 || fromBottom > lines.size()) throw errors::subscriptOutOfRange();
-    return lines[fromBottom - 1];
+const std::string* lineAt(const std::vector<std::string>& lines, size_t fromBottom) {
+    return fromBottom >= 1 && fromBottom <= lines.size() ? &lines[fromBottom - 1] : nullptr;
 }
 
 // The text after the first "*" with every "*" and CR taken out; a line without "*" leaves the
@@ -154,7 +153,12 @@ AwacsTextResult convertAiSpyText(std::string_view Text, ErrorTrap& trap) {
         if (lines.size() < 3) continue;
         const bool typeLine = lines[2].starts_with("Typ");
         // A "Typ" line without a line above it fails, and the name line stays as it was.
-        statement([&] { nameLine = lineAt(lines, typeLine ? 4 : 3); });
+        if (const std::string* line = lineAt(lines, typeLine ? 4 : 3))
+            nameLine = *line;
+        else {
+            trap.raise(errors::subscriptOutOfRange());
+            result.failedAtStep = step;
+        }
 
         step = NameScan;
         takeName(nameLine, name);

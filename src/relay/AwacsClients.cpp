@@ -1,6 +1,6 @@
 #include "relay/AwacsClients.h"
 
-#include "net/Framing.h"
+#include "net/ArrivalService.h"
 #include "net/Text.h"
 #include "players/PlayerSessions.h"
 #include "relay/AirplaneText.h"
@@ -12,36 +12,39 @@ AwacsClients::AwacsClients(Server& server) : server_(server) {}
 void AwacsClients::reset() {
     AwacsList_.reset();
     AwacsSlotUsed.fill(false);
-    AwacsCommands.reset();
     Text1_ = text::number(AwacsList_.ubound());
 }
 
 void AwacsClients::WS2_ConnectionRequest(int index, qintptr requestId) {
     if (index != 0) return;
     ErrorTrap trap(server_.errorLog(), "WS2_ConnectionRequest");
-    acceptOnLowestFreeSlot(server_.WS2(), AwacsSlotUsed, AwacsCommands, requestId, trap);
+    acceptOnLowestFreeSlot(server_.WS2(), AwacsSlotUsed, requestId, trap);
 }
 
 void AwacsClients::WS2_DataArrival(int index) {
-    static constexpr std::string_view kLabel = "Command arrived from AWACS Client #";
     ErrorTrap trap(server_.errorLog(), "WS2_DataArrival");
-    QByteArray data;
-    trap([&] { data = server_.WS2().readAll(index); });
-    ParseInto(AwacsCommands, index, std::string_view(data.constData(), static_cast<size_t>(data.size())),
-              server_.errorLog(), "ParseData2");
-    trap([&] {
-        const CommandList& commands = AwacsCommands[index];
-        for (int i = 1; i <= commands.ubound(); ++i) {
-            const CommandRec& command = commands[i];
-            if (command.Command == "NAWACS") {
-                server_.logArrival(kLabel, index, command);
-                AddToAWACSList(static_cast<int16_t>(index));
-            } else if (command.Command == "AWAEND") {
-                server_.logArrival(kLabel, index, command);
-                DeleteAWACSPlayer(static_cast<int16_t>(index));
-            }
-        }
-    });
+    SocketElement* element = nullptr;
+    if (!trap([&] { element = &server_.WS2().element(index); })) return;
+    serveArrival(*element, server_.errorLog(), "ParseData2",
+                 [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index)); });
+}
+
+void AwacsClients::WS2_Drained(int index) {
+    ErrorTrap trap(server_.errorLog(), "WS2_DataArrival");
+    SocketElement* element = nullptr;
+    if (!trap([&] { element = &server_.WS2().element(index); })) return;
+    resumeArrival(*element, [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index)); });
+}
+
+void AwacsClients::handleArrived(const CommandRec& command, int16_t slot) {
+    static constexpr std::string_view kLabel = "Command arrived from AWACS Client #";
+    if (command.Command == "NAWACS") {
+        server_.logArrival(kLabel, slot, command);
+        AddToAWACSList(slot);
+    } else if (command.Command == "AWAEND") {
+        server_.logArrival(kLabel, slot, command);
+        DeleteAWACSPlayer(slot);
+    }
 }
 
 void AwacsClients::WS2_Close(int index) {
@@ -60,6 +63,10 @@ void AwacsClients::WS2_Error(int index) {
 
 void AwacsClients::AddToAWACSList(int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "AddToAWACSList");
+    // A second NAWACS lists the client again: it gets every message once per listing.
+    int listed = 0;
+    for (int k = 1; k <= AwacsList_.ubound(); ++k) listed += AwacsList_[k] == slot;
+    if (!trap.require(listed < kMaxListingsPerSlot, tooManyListings)) return;
     AwacsList_.append(slot);
     UpdateDisplayAWACS();
 

@@ -20,6 +20,7 @@ class AwacsClients {
 
     void WS2_ConnectionRequest(int index, qintptr requestId);
     void WS2_DataArrival(int index);
+    void WS2_Drained(int index);
     void WS2_Close(int index);
     void WS2_Error(int index);
 
@@ -42,11 +43,10 @@ class AwacsClients {
     void toEveryClient(std::string_view command, std::string_view data, ErrorTrap& trap);
 
   private:
-    // One message to every listed client; each send is its own statement of the routine.
+    void handleArrived(const CommandRec& command, int16_t slot);
 
     Server& server_;
     VbList<int16_t> AwacsList_;
     SlotTable AwacsSlotUsed{};
-    VbList<CommandList> AwacsCommands;
     std::string Text1_ = "0";
 };

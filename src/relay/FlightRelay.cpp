@@ -58,9 +58,11 @@ void AwacsClients::SendToAwacsClients2(std::string_view data, int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "SendToAwacsClients2");
     const PlaceAndText fields = splitPlace(data);
     int32_t place = 0;
-    trap([&] { place = text::strictInt32(fields.place); });
-    int16_t n = 0;
-    if (!trap([&] { n = server_.sims().SimList()[slot].Planes[place]; })) return;
+    trap.take(text::strictInt32Of(fields.place), place);
+    const SimRecord* sim = server_.sims().SimList().find(slot);
+    const int16_t* number = sim ? sim->Planes.find(place) : nullptr;
+    if (!trap.require(number != nullptr, errors::subscriptOutOfRange)) return;
+    const int16_t n = *number;
     if (n == 0 || AwacsList_.ubound() == 0) return;
     if (!fields.hasText) {
         trap.raise(errors::subscriptOutOfRange());

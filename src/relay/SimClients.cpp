@@ -1,6 +1,6 @@
 #include "relay/SimClients.h"
 
-#include "net/Framing.h"
+#include "net/ArrivalService.h"
 #include "net/Text.h"
 #include "players/PlayerSessions.h"
 #include "relay/AirplaneText.h"
@@ -13,27 +13,28 @@ SimClients::SimClients(Server& server) : server_(server) {}
 void SimClients::reset() {
     SimList_.reset();
     SimSlotUsed.fill(false);
-    SimCommands.reset();
     Text2_ = text::number(SimList_.ubound());
 }
 
 void SimClients::WS3_ConnectionRequest(int index, qintptr requestId) {
     if (index != 0) return;
     ErrorTrap trap(server_.errorLog(), "WS3_ConnectionRequest");
-    acceptOnLowestFreeSlot(server_.WS3(), SimSlotUsed, SimCommands, requestId, trap);
+    acceptOnLowestFreeSlot(server_.WS3(), SimSlotUsed, requestId, trap);
 }
 
 void SimClients::WS3_DataArrival(int index) {
     ErrorTrap trap(server_.errorLog(), "WS3_DataArrival");
-    QByteArray data;
-    trap([&] { data = server_.WS3().readAll(index); });
-    ParseInto(SimCommands, index, std::string_view(data.constData(), static_cast<size_t>(data.size())),
-              server_.errorLog(), "ParseData3");
-    trap([&] {
-        const CommandList& commands = SimCommands[index];
-        for (int i = 1; i <= commands.ubound(); ++i)
-            dispatch(index, commands[i]);
-    });
+    SocketElement* element = nullptr;
+    if (!trap([&] { element = &server_.WS3().element(index); })) return;
+    serveArrival(*element, server_.errorLog(), "ParseData3",
+                 [&](const CommandRec& command) { dispatch(index, command); });
+}
+
+void SimClients::WS3_Drained(int index) {
+    ErrorTrap trap(server_.errorLog(), "WS3_DataArrival");
+    SocketElement* element = nullptr;
+    if (!trap([&] { element = &server_.WS3().element(index); })) return;
+    resumeArrival(*element, [&](const CommandRec& command) { dispatch(index, command); });
 }
 
 void SimClients::WS3_Close(int index) {
@@ -46,7 +47,7 @@ void SimClients::WS3_Error(int index) {
 void SimClients::dispatch(int index, const CommandRec& command) {
     static constexpr std::string_view kLabel = "Command arrived from SIM Client #";
     const auto slot = static_cast<int16_t>(index);
-    const std::string& c = command.Command;
+    const std::string_view c = command.Command;
     if (c == "SIMNEW") {
         server_.logArrival(kLabel, index, command);
         AddToSimList(command.Data, slot);
@@ -67,16 +68,29 @@ void SimClients::dispatch(int index, const CommandRec& command) {
 
 void SimClients::AddToSimList(std::string_view data, int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "AddToSimList");
-    VbList<std::string> fields = text::splitAt(data);
+    // A second SIMNEW makes a second record, within limits: a few records per connection and
+    // one simulator's worth of places among them.
+    int records = 0;
+    long placesOnSlot = 0;
+    for (int i = 1; i <= SimList_.ubound(); ++i)
+        if (SimList_[i].Slot == slot) {
+            ++records;
+            placesOnSlot += SimList_[i].Planes.ubound();
+        }
+    if (!trap.require(records < kMaxListingsPerSlot, tooManyListings)) return;
+    const size_t at = data.find('@');
     SimRecord& record = SimList_.append();
-    trap([&] { record.Name = fields[1]; });
+    record.Name = std::string(data.substr(0, at));
     record.Slot = slot;
     // A payload without a place count, or a negative one, leaves the record without places.
-    trap([&] {
-        long places = text::toInt32(text::leadingNumber(fields[2]));
-        if (places > kMaxPlaces) throw RuntimeError(7, "Out of memory");
-        record.Planes = VbList<int16_t>::withUpperBound(places);
-    });
+    int32_t places = 0;
+    if (trap.require(at != std::string_view::npos, errors::subscriptOutOfRange)) {
+        const std::string_view count = data.substr(at + 1);
+        if (trap.take(text::int32Of(text::leadingNumber(count.substr(0, count.find('@')))), places) &&
+            trap.require(places >= 0, errors::subscriptOutOfRange) &&
+            trap.require(places <= kMaxPlaces - placesOnSlot, tooManyListings))
+            record.Planes = VbList<int16_t>::withUpperBound(places);
+    }
     UpdateDisplaySIM();
 }
 
@@ -87,33 +101,29 @@ void SimClients::AddAirplaneToSim(std::string_view data, int16_t slot) {
     // every number taken, 0 is stored and nothing is announced.
     const int16_t n = lowestFreeSlot(numbers);
     numbers[static_cast<size_t>(n)] = true;
-    trap([&] {
-        long place = text::toInt32(text::leadingNumber(data));
-        SimList_[slot].Planes[place] = n;
-    });
-    if (n == 0) return;
-    const auto& awacs = server_.awacs().AwacsList();
-    for (int k = 1; k <= awacs.ubound(); ++k)
-        trap([&] {
-            server_.senders().SendCommand2("NEWCLT", airplaneAnnouncement(n, SimList_[slot].Name), awacs[k]);
-        });
+    // The simulator is found by position: the record whose place in SimList is the slot.
+    SimRecord* sim = SimList_.find(slot);
+    int32_t place = 0;
+    if (trap.take(text::int32Of(text::leadingNumber(data)), place) &&
+        trap.require(sim != nullptr, errors::subscriptOutOfRange)) {
+        int16_t* entry = sim->Planes.find(place);
+        if (trap.require(entry != nullptr, errors::subscriptOutOfRange)) *entry = n;
+    }
+    if (n == 0 || !trap.require(sim != nullptr, errors::subscriptOutOfRange)) return;
+    server_.awacs().toEveryClient("NEWCLT", airplaneAnnouncement(n, sim->Name), trap);
 }
 
 void SimClients::DeleteAirplaneFromSim(std::string_view data, int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "DeleteAirplaneFromSim");
     int16_t place = 0;
-    trap([&] { place = text::leadingInt16(data); });
+    trap.take(text::int16Of(text::leadingNumber(data)), place);
+    SimRecord* sim = SimList_.find(slot);
+    int16_t* entry = sim ? sim->Planes.find(place) : nullptr;
+    if (!trap.require(entry != nullptr, errors::subscriptOutOfRange)) return;
     // An empty place still tells every AWACS client, with "0".
-    const auto& awacs = server_.awacs().AwacsList();
-    for (int k = 1; k <= awacs.ubound(); ++k)
-        trap([&] {
-            server_.senders().SendCommand2("DELCLT", text::number(SimList_[slot].Planes[place]), awacs[k]);
-        });
-    trap([&] {
-        int16_t& n = SimList_[slot].Planes[place];
-        slotFlag(server_.players().PlayerSlotUsed(), n) = false;
-        n = 0;
-    });
+    server_.awacs().toEveryClient("DELCLT", text::number(*entry), trap);
+    trap([&] { slotFlag(server_.players().PlayerSlotUsed(), *entry) = false; });
+    *entry = 0;
 }
 
 void SimClients::DeleteSimPlayer(int16_t slot) {

@@ -26,7 +26,8 @@ struct SimRecord {
 
 class SimClients {
   public:
-    // The most places a simulator may announce: place numbers are 16-bit on the wire.
+    // The most places a simulator may announce, and all of one connection's records together:
+    // place numbers are 16-bit on the wire.
     static constexpr long kMaxPlaces = 32767;
 
     explicit SimClients(Server& server);
@@ -34,6 +35,7 @@ class SimClients {
 
     void WS3_ConnectionRequest(int index, qintptr requestId);
     void WS3_DataArrival(int index);
+    void WS3_Drained(int index);
     void WS3_Close(int index);
     void WS3_Error(int index);
 
@@ -53,6 +55,5 @@ class SimClients {
     Server& server_;
     VbList<SimRecord> SimList_;
     SlotTable SimSlotUsed{};
-    VbList<CommandList> SimCommands;
     std::string Text2_ = "0";
 };

@@ -7,7 +7,11 @@
 
 void ErrorLog::write(const std::string& message) {
     QFile file(path_);
-    if (!file.open(QIODevice::Append)) throw RuntimeError(75, "Path/File access error");
+    if (!file.open(QIODevice::Append)) {
+        if (unwritable_) unwritable_(RuntimeError(75, "Path/File access error"));
+        if (endProgram_) endProgram_();
+        return;
+    }
     std::string line = logTimestamp() + " -/- Error at " + message + "\r\n";
     file.write(line.data(), static_cast<qint64>(line.size()));
     file.close();

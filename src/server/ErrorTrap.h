@@ -31,8 +31,21 @@ public:
         }
     }
     void raise(const RuntimeError& e) { pending_ = e; }
+    // A checked result into `into`; a failure is left pending and `into` keeps its value.
+    template <typename T> bool take(const Checked<T>& result, T& into) {
+        if (!result.ok()) {
+            raise(result.failure());
+            return false;
+        }
+        into = result.value;
+        return true;
+    }
+    // Leaves the error pending unless the condition holds; returns the condition.
+    bool require(bool condition, RuntimeError (*failure)()) {
+        if (!condition) raise(failure());
+        return condition;
+    }
     bool pending() const { return pending_.has_value(); }
-    const std::optional<RuntimeError>& error() const { return pending_; }
 
     // Settles now, with text appended to the logged message (a routine's own detail).
     void settle(std::string_view suffix = {});

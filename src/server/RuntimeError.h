@@ -10,6 +10,14 @@ struct RuntimeError : std::runtime_error {
     std::string description() const { return what(); }
 };
 
+// The program's own name, as its boxes are titled.
+inline constexpr const char* kProgramTitle = "Tessark Server";
+
+// "Run-time error '9':" and the description below it, as the box that ends the program shows it.
+inline std::string runTimeErrorText(const RuntimeError& e) {
+    return "Run-time error '" + std::to_string(e.number) + "':\n\n" + e.description();
+}
+
 namespace errors {
 inline RuntimeError invalidCall() { return {5, "Invalid procedure call or argument"}; }
 inline RuntimeError overflow() { return {6, "Overflow"}; }
@@ -24,3 +32,16 @@ inline RuntimeError wrongState() {
     return {40006, "Wrong protocol or connection state for the requested transaction or request"};
 }
 } // namespace errors
+
+// A result that a peer can make fail at will: the failure comes back as a value instead of
+// being thrown, so a failing statement costs about what a succeeding one does. An ErrorTrap
+// takes it (see ErrorTrap::take) and leaves the failure pending like a thrown one.
+template <typename T> struct Checked {
+    T value{};
+    RuntimeError (*failure)() = nullptr;
+    bool ok() const { return failure == nullptr; }
+    T orThrow() const {
+        if (failure) throw failure();
+        return value;
+    }
+};

@@ -13,6 +13,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QThread>
 
 #include <cstdlib>
 
@@ -24,7 +25,9 @@ constexpr int kShutdownFlushMs = 2000;
 Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::EndProgram endProgram)
     : display_(display), appDir_(std::move(appDir)), iniFile_(appDir_ + "tessark.ini"), requestedPorts_(ports),
       endProgram_(std::move(endProgram)), ws4_(0), senders_(*this) {
-    errorLog_ = std::make_unique<ErrorLog>(appDir_ + "TessarkSrvErrorLog.txt", false, [this] { endProgramNow(); });
+    errorLog_ = std::make_unique<ErrorLog>(
+        appDir_ + "TessarkSrvErrorLog.txt", false, [this] { endProgramNow(); },
+        [this](const RuntimeError& e) { display_.messageBox(QString::fromStdString(runTimeErrorText(e)), kProgramTitle, MessageIcon::Critical); });
     players_ = std::make_unique<PlayerSessions>(*this);
     awacs_ = std::make_unique<AwacsClients>(*this);
     sims_ = std::make_unique<SimClients>(*this);
@@ -39,18 +42,21 @@ Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::En
     connect(&ws1_, &SocketArray::dataArrival, this, [this](int i, qint64) { players_->WS1_DataArrival(i); });
     connect(&ws1_, &SocketArray::closed, this, [this](int i) { players_->WS1_Close(i); });
     connect(&ws1_, &SocketArray::error, this, [this](int i, int, const QString&) { players_->WS1_Error(i); });
+    connect(&ws1_, &SocketArray::drained, this, [this](int i) { players_->WS1_Drained(i); });
 
     connect(&ws2_, &SocketArray::connectionRequest, this,
             [this](int i, qintptr id) { awacs_->WS2_ConnectionRequest(i, id); });
     connect(&ws2_, &SocketArray::dataArrival, this, [this](int i, qint64) { awacs_->WS2_DataArrival(i); });
     connect(&ws2_, &SocketArray::closed, this, [this](int i) { awacs_->WS2_Close(i); });
     connect(&ws2_, &SocketArray::error, this, [this](int i, int, const QString&) { awacs_->WS2_Error(i); });
+    connect(&ws2_, &SocketArray::drained, this, [this](int i) { awacs_->WS2_Drained(i); });
 
     connect(&ws3_, &SocketArray::connectionRequest, this,
             [this](int i, qintptr id) { sims_->WS3_ConnectionRequest(i, id); });
     connect(&ws3_, &SocketArray::dataArrival, this, [this](int i, qint64) { sims_->WS3_DataArrival(i); });
     connect(&ws3_, &SocketArray::closed, this, [this](int i) { sims_->WS3_Close(i); });
     connect(&ws3_, &SocketArray::error, this, [this](int i, int, const QString&) { sims_->WS3_Error(i); });
+    connect(&ws3_, &SocketArray::drained, this, [this](int i) { sims_->WS3_Drained(i); });
 
     connect(&ws5_, &Listener::connectionRequest, this, [this](qintptr id) { aiSpy_->WS5_ConnectionRequest(id); });
     connect(&ws4_, &SocketElement::dataArrival, this, [this](int, qint64) { aiSpy_->WS4_DataArrival(); });
@@ -121,29 +127,36 @@ void Server::unload() {
     ws2_.closeListener();
     ws3_.closeListener();
 
-    // Peers must get their "DISCON" before the process ends, so each one's output is
-    // written out (within one shared budget, so a peer that never reads cannot hold us).
-    QDeadlineTimer budget(kShutdownFlushMs);
-    ws4_.flushFor(static_cast<int>(budget.remainingTime()));
-    auto disconnectAll = [&](SocketArray& sockets, void (Senders::*send)(std::string_view, std::string_view, int16_t)) {
-        for (int index : sockets.loadedIndices()) {
-            if (sockets.state(index) == SocketElement::Connected) {
-                (senders_.*send)("DISCON", "", static_cast<int16_t>(index));
-                sockets.element(index).flushFor(static_cast<int>(budget.remainingTime()));
+    // Every peer is told and let go at once, in index order, without waiting on any of them:
+    // nothing runs between the sends, so no peer's event can change the lists underneath.
+    {
+        ErrorTrap trap(*errorLog_, "Form_Unload");
+        auto disconnectAll = [&](SocketArray& sockets, void (Senders::*send)(std::string_view, std::string_view, int16_t)) {
+            for (int index : sockets.loadedIndices()) {
+                trap([&] {
+                    if (sockets.state(index) == SocketElement::Connected)
+                        (senders_.*send)("DISCON", "", static_cast<int16_t>(index));
+                });
+                trap([&] { sockets.close(index); });
+                trap([&] { sockets.unload(index); });
             }
-            sockets.close(index);
-            sockets.unload(index);
-        }
-    };
-    disconnectAll(ws1_, &Senders::SendCommand);
-    disconnectAll(ws2_, &Senders::SendCommand2);
-    disconnectAll(ws3_, &Senders::SendCommand3);
+        };
+        disconnectAll(ws1_, &Senders::SendCommand);
+        disconnectAll(ws2_, &Senders::SendCommand2);
+        disconnectAll(ws3_, &Senders::SendCommand3);
+    }
+    // Then they all get their last messages together, within one budget for the lot, so a peer
+    // that does not read costs the others nothing.
+    flushAllSockets(kShutdownFlushMs);
 
     display_.unloadOtherForms();
     if (logOn()) trafficLog_.close();
 }
 
 void Server::exit() {
+    // A second request (another signal, Exit while shutting down) finds the work done or under way.
+    if (exiting_) return;
+    exiting_ = true;
     if (!queryUnload(false)) return;
     unload();
     emit finished();
@@ -161,10 +174,14 @@ Ports Server::ports() const { return {ws1_.port(), ws2_.port(), ws3_.port(), ws5
 
 void Server::flushAllSockets(int budgetMs) {
     QDeadlineTimer budget(budgetMs);
-    ws4_.flushFor(static_cast<int>(budget.remainingTime()));
-    for (SocketArray* sockets : {&ws1_, &ws2_, &ws3_})
-        for (int index : sockets->loadedIndices())
-            sockets->element(index).flushFor(static_cast<int>(budget.remainingTime()));
+    for (;;) {
+        bool pending = ws4_.writeOut();
+        for (SocketArray* sockets : {&ws1_, &ws2_, &ws3_})
+            for (int index : sockets->loadedIndices()) pending = sockets->element(index).writeOut() || pending;
+        pending = SocketElement::writeOutClosed() || pending;
+        if (!pending || budget.hasExpired()) break;
+        QThread::msleep(2);
+    }
 }
 
 void Server::endProgramNow() {

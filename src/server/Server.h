@@ -83,7 +83,8 @@ public:
     Ports ports() const;
     QTimer& keepAliveTimer() { return timer1_; }
 
-    // Writes out what every connection has queued, within a total budget (before the process ends).
+    // Writes out what every connection, open or closed, has queued, all of them at once within
+    // one budget (before the process ends).
     void flushAllSockets(int budgetMs);
 
 signals:
@@ -110,4 +111,5 @@ private:
     std::unique_ptr<AiSpyLink> aiSpy_;
     std::unique_ptr<SetupCatalogue> setups_;
     bool unloaded_ = false;
+    bool exiting_ = false;
 };

@@ -21,6 +21,13 @@ public:
     T& operator[](long i) { return items_[checked(i)]; }
     const T& operator[](long i) const { return items_[checked(i)]; }
 
+    // The entry at i, or none: for lookups a peer can aim anywhere, which fail without
+    // unwinding (the caller raises "Subscript out of range" into its trap).
+    T* find(long i) { return i >= 0 && i < static_cast<long>(items_.size()) ? &items_[static_cast<size_t>(i)] : nullptr; }
+    const T* find(long i) const {
+        return i >= 0 && i < static_cast<long>(items_.size()) ? &items_[static_cast<size_t>(i)] : nullptr;
+    }
+
     // Grows by one at the end, keeping the contents; returns the new last element.
     T& append(T value = T{}) {
         items_.push_back(std::move(value));

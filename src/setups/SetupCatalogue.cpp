@@ -81,7 +81,13 @@ void SetupCatalogue::commit() {
     LoadSetups();
 }
 
+const VbList<std::string>* SetupCatalogue::findLines(long setupNumber) const {
+    const SetupRecord* setup = setupNumber >= 1 ? Setups_.find(setupNumber) : nullptr;
+    return setup ? &setup->Lines : nullptr;
+}
+
 const VbList<std::string>& SetupCatalogue::linesOf(long setupNumber) const {
-    if (setupNumber < 1) throw errors::subscriptOutOfRange();
-    return Setups_[setupNumber].Lines;
+    const VbList<std::string>* lines = findLines(setupNumber);
+    if (!lines) throw errors::subscriptOutOfRange();
+    return *lines;
 }

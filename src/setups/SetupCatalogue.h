@@ -37,6 +37,8 @@ class SetupCatalogue {
     // The record lines of setup n; "Subscript out of range" outside 1..ubound (element 0 is
     // a placeholder without lines).
     const VbList<std::string>& linesOf(long setupNumber) const;
+    // The same, or none for a number outside the catalogue.
+    const VbList<std::string>* findLines(long setupNumber) const;
     // For the operator's forms, which edit the list and then commit().
     VbList<SetupRecord>& editableSetups() { return Setups_; }
     int16_t SetupCount() const { return SetupCount_; }

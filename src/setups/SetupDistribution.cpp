@@ -28,12 +28,16 @@ void SetupCatalogue::SendSetup(int16_t setupNumber, int16_t player) {
     Senders& senders = server_.senders();
     // A number outside the catalogue fails every statement that touches the setup, so the
     // player gets only the closing VLDONE.
-    int count = 0;
-    trap([&] {
-        count = linesOf(setupNumber).ubound();
+    const VbList<std::string>* lines = findLines(setupNumber);
+    const int count = lines ? lines->ubound() : 0;
+    if (trap.require(lines != nullptr, errors::subscriptOutOfRange))
         senders.SendCommand("VLRDIM", text::number(count), player);
-    });
-    for (int k = 1; k <= count; ++k)
-        trap([&] { senders.SendCommand("VLSADD", text::number(k) + "@" + linesOf(setupNumber)[k], player); });
+    std::string payload;
+    for (int k = 1; k <= count; ++k) {
+        payload = text::number(k);
+        payload += '@';
+        payload += (*lines)[k];
+        senders.SendCommand("VLSADD", payload, player);
+    }
     trap([&] { senders.SendCommand("VLDONE", "", player); });
 }

@@ -32,18 +32,19 @@ inline std::string framing(std::string_view input) {
     ErrorLog off(QString(), false, {});
     ErrorTrap trap(off, "ParseData");
     const CommandList list = splitArrival(input, trap);
-    if (list.ubound() != std::count(input.begin(), input.end(), '\0'))
-        return "record count is not the NUL count";
     size_t start = 0;
-    for (int i = 1; i <= list.ubound(); ++i) {
-        const size_t nul = input.find('\0', start);
+    int i = 0;
+    for (size_t nul = input.find('\0'); nul != std::string_view::npos; nul = input.find('\0', start)) {
         const std::string_view message = input.substr(start, nul - start);
+        start = nul + 1;
+        if (message.size() > kMaxMessageBytes) continue; // dropped whole
+        if (++i > list.ubound()) return "fewer records than kept messages";
         const CommandRec& rec = list[i];
         if (rec.Command != message.substr(0, 6)) return "command is not the first 6 characters";
         if (rec.Data != (message.size() > 6 ? message.substr(6) : std::string_view()))
             return "data is not the rest";
-        start = nul + 1;
     }
+    if (i != list.ubound()) return "more records than kept messages";
     const CommandList ai = splitAiArrival(input, trap);
     if (ai.ubound() != 1) return "AI Spy arrival is not one record";
     if (ai[1].Command != input.substr(0, 6)) return "AI Spy command is not the first 6 characters";

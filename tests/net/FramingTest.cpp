@@ -12,7 +12,7 @@ struct Parsed {
     bool errorPending;
     std::string commands() const { // "COMMAND|data;" for each message
         std::string out;
-        for (int i = 1; i <= list.ubound(); ++i) out += list[i].Command + "|" + list[i].Data + ";";
+        for (int i = 1; i <= list.ubound(); ++i) out += std::string(list[i].Command) + "|" + std::string(list[i].Data) + ";";
         return out;
     }
 };
@@ -31,6 +31,13 @@ TEST(Framing, SplitsAtEveryNulAndDropsWhatFollowsTheLast) {
     EXPECT_EQ(parse("F4LOCA1\0F4LOC"s).commands(), "F4LOCA|1;");
     // The tail of a split message reads as a message of its own.
     EXPECT_EQ(parse("A2@3\0"s).commands(), "A2@3|;");
+}
+
+TEST(Framing, AMessageTooLongToKeepIsDroppedWholeAndTheNextOneStands) {
+    const std::string tooLong = "VALIDR" + std::string(kMaxMessageBytes, 'x');
+    const std::string longest = "VALIDR" + std::string(kMaxMessageBytes - 6, 'y');
+    EXPECT_EQ(parse(tooLong + "\0SYNCRO\0"s).commands(), "SYNCRO|;");
+    EXPECT_EQ(parse(longest + "\0"s).list.ubound(), 1);
 }
 
 TEST(Framing, ShortMessagesKeepAShortCommandAndLeaveAnErrorPendingWhileTheBatchGoesOn) {

@@ -1,0 +1,45 @@
+#pragma once
+// Serving one connection's arrival on a channel of NUL-ended messages. Its messages are handed
+// to the channel's handler one by one, while whatever they answer goes to the same peer
+// uncut. A peer that asks for more than it reads is not served further until it has read:
+// the rest of its arrival is held in its element, and the element's drained event resumes it.
+// So a reading peer gets every answer whole, and one that stops reading costs at most the
+// output cap and one answer.
+#include "net/Framing.h"
+#include "net/SocketElement.h"
+
+#include <string_view>
+
+template <typename Handle> void serveMessages(SocketElement& element, std::string_view messages, Handle&& handle) {
+    MessageCursor cursor(messages);
+    CommandRec message;
+    while (cursor.next(message)) {
+        element.setAnswering(true);
+        handle(message);
+        element.setAnswering(false);
+        if (element.backedUp()) {
+            element.holdUnhandled(cursor.rest());
+            return;
+        }
+    }
+    element.finishArrival();
+}
+
+// A data arrival: reads it, checks it under the channel's ParseData routine, and serves it.
+// While an earlier arrival is held, the new one waits in the system.
+template <typename Handle>
+void serveArrival(SocketElement& element, ErrorLog& log, std::string_view parseRoutine, Handle&& handle) {
+    if (element.holdsUnhandled()) {
+        element.passOverArrival();
+        return;
+    }
+    const std::string_view arrival = element.readMessages();
+    checkArrival(arrival, log, parseRoutine);
+    serveMessages(element, arrival, handle);
+}
+
+// The drained event: the held rest of the arrival is served.
+template <typename Handle> void resumeArrival(SocketElement& element, Handle&& handle) {
+    if (!element.holdsUnhandled()) return;
+    serveMessages(element, element.unhandled(), handle);
+}
