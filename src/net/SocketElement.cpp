@@ -34,6 +34,8 @@ SocketElement::~SocketElement() {
     std::erase(gathering, this);
 }
 
+qintptr SocketElement::descriptor() const { return socket_ ? socket_->socketDescriptor() : -1; }
+
 int SocketElement::state() const {
     if (errored_) return Error;
     if (!socket_) return Closed;
@@ -50,14 +52,14 @@ void SocketElement::accept(qintptr requestId) {
     release();
     errored_ = false;
     auto* socket = new QTcpSocket(this);
-    // Unbuffered: arrivals are read straight from the system and gathered output is written
-    // straight to it, so no per-read or per-write buffer of the socket's own is allocated on
-    // the way; only output the system cannot take at once waits in the socket's queue.
-    if (!socket->setSocketDescriptor(requestId, QAbstractSocket::ConnectedState,
-                                     QIODevice::ReadWrite | QIODevice::Unbuffered)) {
+    if (!socket->setSocketDescriptor(requestId, QAbstractSocket::ConnectedState, QIODevice::ReadWrite)) {
         delete socket;
         throw errors::wrongState();
     }
+    // The socket reads from the system into a buffer of its own: bounded to one arrival, it
+    // leaves the rest in the system (which slows the peer down) until this one is handled. The
+    // AI Spy link (the element outside any array, index 0) takes its whole batch as one arrival.
+    socket->setReadBufferSize(index_ == 0 ? kMaxWholeArrivalBytes : kMaxArrivalBytes);
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     watchPeerLiveness(requestId);
     socket_ = socket;
@@ -82,12 +84,12 @@ std::string_view SocketElement::read(qint64 limit, bool keepCutMessage) {
     inbox_.swap(carried_);
     carried_.clear();
     if (!socket_) return {};
-    const qint64 waiting = socket_->bytesAvailable();
-    // Reading even when nothing is counted lets the socket notice the peer's close.
-    const qint64 wanted = std::clamp<qint64>(waiting, 4096, limit);
+    // The socket reads from the system into its own buffer, at most one arrival's worth (see
+    // accept()); all of it is taken here. A full buffer means the system holds more.
+    const qint64 waiting = std::min(socket_->bytesAvailable(), limit);
     const size_t before = inbox_.size();
-    inbox_.resize(before + static_cast<size_t>(wanted));
-    const qint64 got = std::max<qint64>(0, socket_->read(inbox_.data() + before, wanted));
+    inbox_.resize(before + static_cast<size_t>(waiting));
+    const qint64 got = waiting > 0 ? std::max<qint64>(0, socket_->read(inbox_.data() + before, waiting)) : 0;
     inbox_.resize(before + static_cast<size_t>(got));
 
     std::string_view arrival(inbox_);
@@ -96,7 +98,7 @@ std::string_view SocketElement::read(qint64 limit, bool keepCutMessage) {
         skippingLongMessage_ = nul == std::string_view::npos;
         arrival.remove_prefix(skippingLongMessage_ ? arrival.size() : nul + 1);
     }
-    if (keepCutMessage && waiting > limit) {
+    if (keepCutMessage && got >= limit) {
         const size_t lastNul = arrival.rfind('\0');
         const std::string_view tail = lastNul == std::string_view::npos ? arrival : arrival.substr(lastNul + 1);
         if (tail.size() > kMaxMessageBytes)

@@ -31,12 +31,14 @@ public:
     ~SocketElement() override;
 
     int index() const { return index_; }
+    // The system's handle of the connection, -1 when there is none.
+    qintptr descriptor() const;
     int state() const;
     // Takes over an accepted connection; "wrong state" unless this element is closed.
     void accept(qintptr requestId);
 
     // Reads one arrival of NUL-ended messages. When this read had to stop short of what was
-    // already waiting, the read was cut here and not by the peer: the unfinished message at its
+    // waiting (it filled a whole arrival), the read was cut here and not by the peer: the unfinished message at its
     // end is kept for the next read rather than lost (a message longer than the framing allows
     // is dropped whole instead). The view is valid until the next read.
     std::string_view readMessages();

@@ -60,40 +60,33 @@ std::optional<std::string> keyOf(const std::string& line, std::string* valueOut 
 
 } // namespace
 
-std::string ReadINI(const std::string& section, const std::string& key, const QString& fileName) {
-    bool inSection = false;
-    for (const std::string& line : readLines(fileName)) {
-        if (auto name = sectionOf(line)) {
-            inSection = sameText(*name, section);
-            continue;
-        }
-        std::string value;
-        if (!inSection) continue;
-        auto k = keyOf(line, &value);
-        if (!k || !sameText(*k, key)) continue;
-        if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front())
-            value = value.substr(1, value.size() - 2);
-        if (value.size() > kValueLimit) value.resize(kValueLimit);
-        return value;
-    }
-    return {};
+namespace {
+
+std::string lower(std::string s) {
+    std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return s;
 }
 
-void WriteINI(const std::string& section, const std::string& key, const std::string& value,
-              const QString& fileName) {
-    std::vector<std::string> lines = readLines(fileName);
-    const std::string entry = upper(key) + "=" + value;
+std::string valueAsRead(std::string value) {
+    if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front())
+        value = value.substr(1, value.size() - 2);
+    if (value.size() > kValueLimit) value.resize(kValueLimit);
+    return value;
+}
 
+// One key into the lines as the profile functions would write it.
+void applyEntry(std::vector<std::string>& lines, const IniEntry& e) {
+    const std::string entry = upper(e.key) + "=" + e.value;
     std::optional<size_t> sectionLine, lastEntryOfSection;
     size_t i = 0;
     for (; i < lines.size(); ++i) {
         if (auto name = sectionOf(lines[i])) {
             if (sectionLine) break; // the next section begins
-            if (sameText(*name, section)) sectionLine = lastEntryOfSection = i;
+            if (sameText(*name, e.section)) sectionLine = lastEntryOfSection = i;
             continue;
         }
         if (!sectionLine) continue;
-        if (auto k = keyOf(lines[i]); k && sameText(*k, key)) {
+        if (auto k = keyOf(lines[i]); k && sameText(*k, e.key)) {
             lines[i] = entry;
             lastEntryOfSection.reset();
             break;
@@ -101,12 +94,47 @@ void WriteINI(const std::string& section, const std::string& key, const std::str
         if (!trim(lines[i]).empty()) lastEntryOfSection = i;
     }
     if (!sectionLine) {
-        lines.push_back("[" + section + "]");
+        lines.push_back("[" + e.section + "]");
         lines.push_back(entry);
     } else if (lastEntryOfSection) {
         lines.insert(lines.begin() + static_cast<long>(*lastEntryOfSection) + 1, entry);
     }
+}
 
+} // namespace
+
+IniSnapshot::IniSnapshot(const QString& fileName) {
+    std::string section;
+    bool inSection = false;
+    for (const std::string& line : readLines(fileName)) {
+        if (auto name = sectionOf(line)) {
+            section = lower(*name);
+            inSection = true;
+            continue;
+        }
+        std::string value;
+        auto k = inSection ? keyOf(line, &value) : std::nullopt;
+        if (k) values_.emplace(section + "\n" + lower(*k), valueAsRead(std::move(value)));
+    }
+}
+
+std::string IniSnapshot::read(const std::string& section, const std::string& key) const {
+    const auto found = values_.find(lower(section) + "\n" + lower(key));
+    return found == values_.end() ? std::string() : found->second;
+}
+
+std::string ReadINI(const std::string& section, const std::string& key, const QString& fileName) {
+    return IniSnapshot(fileName).read(section, key);
+}
+
+void WriteINI(const std::string& section, const std::string& key, const std::string& value,
+              const QString& fileName) {
+    WriteINIAll({{section, key, value}}, fileName);
+}
+
+void WriteINIAll(const std::vector<IniEntry>& entries, const QString& fileName) {
+    std::vector<std::string> lines = readLines(fileName);
+    for (const IniEntry& e : entries) applyEntry(lines, e);
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly)) return;
     for (const std::string& line : lines) {

@@ -5,8 +5,27 @@
 // file, section or key reads "".
 #include <QString>
 
+#include <map>
 #include <string>
+#include <vector>
 
 std::string ReadINI(const std::string& section, const std::string& key, const QString& fileName);
 void WriteINI(const std::string& section, const std::string& key, const std::string& value,
               const QString& fileName);
+
+// The whole file read once, for reading many keys: ReadINI's answers, without reading and
+// scanning the file again for each (a catalogue of thousands of setups starts at once).
+class IniSnapshot {
+public:
+    explicit IniSnapshot(const QString& fileName);
+    std::string read(const std::string& section, const std::string& key) const;
+
+private:
+    std::map<std::string, std::string> values_; // "section\nkey" in lower case -> first value
+};
+
+struct IniEntry {
+    std::string section, key, value;
+};
+// WriteINI of each entry in turn, with the file read and written once.
+void WriteINIAll(const std::vector<IniEntry>& entries, const QString& fileName);

@@ -30,14 +30,14 @@ void SetupCatalogue::reset() {
 
 void SetupCatalogue::InitSetups() {
     ErrorTrap trap(server_.errorLog(), "InitSetups");
-    const QString& ini = server_.iniFile();
+    const IniSnapshot ini(server_.iniFile());
     // A count that does not fit keeps the one from before; a negative one keeps the old list.
-    trap([&] { SetupCount_ = text::leadingInt16(ReadINI("SETUPLIST", "NUM", ini)); });
+    trap([&] { SetupCount_ = text::leadingInt16(ini.read("SETUPLIST", "NUM")); });
     trap([&] { Setups_ = VbList<SetupRecord>::withUpperBound(SetupCount_); });
     for (int i = 1; i <= SetupCount_; ++i)
         trap([&] {
             Setups_[i].Lines.reset();
-            Setups_[i].FilePath = ReadINI("SETUPLIST" + std::to_string(i), "FNAME", ini);
+            Setups_[i].FilePath = ini.read("SETUPLIST" + std::to_string(i), "FNAME");
         });
 }
 
@@ -70,9 +70,10 @@ void SetupCatalogue::SaveINI() {
         if (!QFile::exists(ini)) throw errors::fileNotFound();
         if (!QFile::remove(ini)) throw RuntimeError(75, "Path/File access error");
     });
-    trap([&] { WriteINI("SETUPLIST", "NUM", std::to_string(SetupCount_), ini); });
+    std::vector<IniEntry> entries{{"SETUPLIST", "NUM", std::to_string(SetupCount_)}};
     for (int i = 1; i <= SetupCount_; ++i)
-        trap([&] { WriteINI("SETUPLIST" + std::to_string(i), "FNAME", Setups_[i].FilePath, ini); });
+        trap([&] { entries.push_back({"SETUPLIST" + std::to_string(i), "FNAME", Setups_[i].FilePath}); });
+    WriteINIAll(entries, ini);
 }
 
 void SetupCatalogue::commit() {

@@ -42,11 +42,18 @@ SetupFileWriter::SetupFileWriter(const QString& path) : file_(path) {
         throw RuntimeError(75, "Path/File access error");
 }
 
+// A write the disk does not take (full, gone) must not leave a setup that looks whole: it is
+// the run-time error a full disk gives.
+static void check(bool written) {
+    if (!written) throw RuntimeError(61, "Disk full");
+}
+
 void SetupFileWriter::line(std::string_view text) {
-    file_.write(text.data(), static_cast<qint64>(text.size()));
-    file_.write("\r\n", 2);
+    const auto size = static_cast<qint64>(text.size());
+    check(file_.write(text.data(), size) == size && file_.write("\r\n", 2) == 2);
 }
 
 void SetupFileWriter::close() {
+    check(file_.flush());
     file_.close();
 }

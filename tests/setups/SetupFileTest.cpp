@@ -65,3 +65,20 @@ TEST_F(SetupFileTest, ImportReaderTakesTheKindFromSixCharactersAndValuesBySplitt
 }
 
 } // namespace
+
+namespace {
+
+// A disk that takes nothing: the setup must not look written.
+TEST(SetupFileWriterTest, AWriteTheDiskRefusesIsTheDiskFullError) {
+    if (!QFile::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+    try {
+        SetupFileWriter out("/dev/full");
+        out.line(std::string(64 * 1024, 'x')); // past any buffer, so the write itself fails
+        out.close();
+        FAIL() << "nothing reported";
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number, 61);
+    }
+}
+
+} // namespace
