@@ -60,7 +60,7 @@ void SetupListFrm::Command2_Click() {
         for (int i = 1, j = 1; i <= n; ++i)
             if (i != s) kept[j++] = setups[i];
     } catch (const RuntimeError& e) {
-        dialogs_.unhandledError(this, e);
+        endAfterUnhandledError(server_, dialogs_, this, e);
         close();
         return;
     }

@@ -42,7 +42,7 @@ void SetupWizard::runUnhandled(QWidget* page, const std::function<void()>& handl
     try {
         handler();
     } catch (const RuntimeError& e) {
-        dialogs_.unhandledError(page, e);
+        endAfterUnhandledError(server_, dialogs_, page, e);
         unloadCurrent();
     }
 }

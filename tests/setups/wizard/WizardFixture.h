@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 
 class ScriptedDialogs : public OperatorDialogs {
   public:
@@ -23,7 +24,9 @@ class ScriptedDialogs : public OperatorDialogs {
     QStringList titles;              // of the dialogs shown
     QStringList directories;         // each dialog's starting folder
     QStringList boxes;               // "title|text"
-    std::vector<int> unhandled;      // run-time error numbers that ended "the program"
+    std::vector<int> unhandled;      // run-time error numbers whose box was shown
+    int ends = 0;                    // times "the program" ended
+    std::function<void()> atEnd;     // what the test looks at when it ends
 
     QStringList openFiles(QWidget*, const QString& title, const QString& directory, const QString&,
                           bool) override {
@@ -38,6 +41,10 @@ class ScriptedDialogs : public OperatorDialogs {
         boxes << title + "|" + text;
     }
     void unhandledError(QWidget*, const RuntimeError& e) override { unhandled.push_back(e.number); }
+    void endProgram() override {
+        ++ends;
+        if (atEnd) atEnd();
+    }
 };
 
 // The keyboard, as the operator has it: every key goes to the widget that has the focus.
