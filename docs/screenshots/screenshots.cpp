@@ -24,6 +24,7 @@ class ChosenFiles : public OperatorDialogs {
     }
     void errorBox(QWidget*, const QString&, const QString&) override {}
     void unhandledError(QWidget*, const RuntimeError&) override {}
+    void endProgram() override {}
 };
 
 void write(const QString& path, const QByteArray& content) {

@@ -7,6 +7,7 @@
 #include "server/RuntimeError.h"
 #include "server/Server.h"
 #include "server/StatusWindow.h"
+#include "setups/wizard/OperatorDialogs.h"
 
 #include <QApplication>
 #include <QDir>
@@ -51,9 +52,9 @@ int main(int argc, char* argv[]) {
     instanceLock.setStaleLockTime(0);
     if (!instanceLock.tryLock(0)) {
         if (headless)
-            console.messageBox("The application is allready running.", "Tessark Server", MessageIcon::None);
+            console.messageBox("The application is allready running.", kProgramTitle, MessageIcon::None);
         else
-            QMessageBox::information(nullptr, "Tessark Server", "The application is allready running.");
+            QMessageBox::information(nullptr, kProgramTitle, "The application is allready running.");
         return 0;
     }
 
@@ -74,8 +75,9 @@ int main(int argc, char* argv[]) {
     try {
         server->start();
     } catch (const RuntimeError& e) {
-        display->messageBox(QString("Run-time error '%1':\n\n%2").arg(e.number).arg(QString::fromStdString(e.description())),
-                            Server::title(), MessageIcon::Critical);
+        display->messageBox(
+            QString("Run-time error '%1':\n\n%2").arg(e.number).arg(QString::fromStdString(e.description())),
+            kProgramTitle, MessageIcon::Critical);
         return 1;
     }
     if (window) window->show();

@@ -103,18 +103,19 @@ void StatusWindow::buildControls() {
 }
 
 void StatusWindow::buildMenus() {
-    QMenu* mnuFile = menuBar()->addMenu("File");
+    // Alt and the underlined letter open a menu; the captions read as they always did.
+    QMenu* mnuFile = menuBar()->addMenu("&File");
     mnuFile->setObjectName("mnuFile");
-    QAction* mnuExit = mnuFile->addAction("Exit");
+    QAction* mnuExit = mnuFile->addAction("E&xit");
     mnuExit->setObjectName("mnuExit");
     connect(mnuExit, &QAction::triggered, this, &StatusWindow::mnuExit_Click);
 
-    QMenu* mnuSetups = menuBar()->addMenu("Setups");
+    QMenu* mnuSetups = menuBar()->addMenu("&Setups");
     mnuSetups->setObjectName("mnuSetups");
-    QAction* mnuEditSetupList = mnuSetups->addAction("Edit Setup List...");
+    QAction* mnuEditSetupList = mnuSetups->addAction("&Edit Setup List...");
     mnuEditSetupList->setObjectName("mnuEditSetupList");
     connect(mnuEditSetupList, &QAction::triggered, this, &StatusWindow::mnuEditSetupList_Click);
-    QAction* mnuAddSetup = mnuSetups->addAction("Add Setup...");
+    QAction* mnuAddSetup = mnuSetups->addAction("&Add Setup...");
     mnuAddSetup->setObjectName("mnuAddSetup");
     connect(mnuAddSetup, &QAction::triggered, this, &StatusWindow::mnuAddSetup_Click);
 }

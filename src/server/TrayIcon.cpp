@@ -8,13 +8,13 @@
 TrayIcon::TrayIcon(QObject* parent) : QObject(parent) {
     mnuPopup1 = new QMenu("Popup1");
     mnuPopup1->setObjectName("mnuPopup1");
-    mnuShow = mnuPopup1->addAction("Show");
+    mnuShow = mnuPopup1->addAction("&Show");
     mnuShow->setObjectName("mnuShow");
     QFont bold = mnuShow->font();
     bold.setBold(true);
     mnuShow->setFont(bold);
     mnuPopup1->setDefaultAction(mnuShow);
-    mnupExit = mnuPopup1->addAction("Exit");
+    mnupExit = mnuPopup1->addAction("E&xit");
     mnupExit->setObjectName("mnupExit");
     connect(mnuShow, &QAction::triggered, this, &TrayIcon::showRequested);
     connect(mnupExit, &QAction::triggered, this, &TrayIcon::exitRequested);

@@ -1,12 +1,16 @@
 #include "server/StatusWindow.h"
 #include "server/Server.h"
 #include "server/TrayIcon.h"
+#include "setups/wizard/SetupWizard.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
@@ -74,4 +78,36 @@ TEST_F(StatusWindowTest, CloseBoxPutsTheWindowAwayAndExitEndsTheServer) {
     window_.tray().exitAction()->trigger();
     EXPECT_EQ(finished.count(), 1);
     EXPECT_EQ(ended_, 0);
+}
+
+TEST_F(StatusWindowTest, MenusAnswerAltAndTheirLetters) {
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    auto popup = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+
+    QTest::keyClick(&window_, Qt::Key_S, Qt::AltModifier);
+    ASSERT_NE(popup(), nullptr);
+    EXPECT_EQ(popup()->objectName(), "mnuSetups");
+    QTest::keyClick(popup(), Qt::Key_E);
+    ASSERT_NE(window_.setupList(), nullptr); // "Edit Setup List..."
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.setupList()));
+    QTest::keyClick(window_.setupList(), Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window_.setupList() == nullptr; }));
+
+    window_.activateWindow(); // a window manager gives the keyboard back to the window
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    QTest::keyClick(&window_, Qt::Key_S, Qt::AltModifier);
+    ASSERT_NE(popup(), nullptr);
+    QTest::keyClick(popup(), Qt::Key_A);
+    ASSERT_NE(window_.wizard()->currentPage(), nullptr); // "Add Setup..."
+    EXPECT_EQ(window_.wizard()->currentPage()->objectName(), "AddSetupFrm1");
+    window_.wizard()->unloadCurrent();
+
+    QSignalSpy finished(server_.get(), &Server::finished);
+    window_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    QTest::keyClick(&window_, Qt::Key_F, Qt::AltModifier);
+    ASSERT_NE(popup(), nullptr);
+    EXPECT_EQ(popup()->objectName(), "mnuFile");
+    QTest::keyClick(popup(), Qt::Key_X);
+    EXPECT_EQ(finished.count(), 1);
 }

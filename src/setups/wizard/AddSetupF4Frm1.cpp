@@ -7,6 +7,7 @@
 
 #include <QFormLayout>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 AddSetupF4Frm1::AddSetupF4Frm1(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm1") {
@@ -24,6 +25,7 @@ AddSetupF4Frm1::AddSetupF4Frm1(SetupWizard& wizard) : WizardPage(wizard, "AddSet
     form->addRow("Theater:", Text2);
     content()->addLayout(form);
     content()->addStretch();
+    nextButton()->setFocus(); // nothing to fill in here
 
     // Editing found the installation already, when it read the setup.
     WizardState& state = wizard_.state();
@@ -43,6 +45,8 @@ AddSetupF4Frm2::AddSetupF4Frm2(SetupWizard& wizard) : WizardPage(wizard, "AddSet
     Text1->setObjectName("Text1");
     const WizardState& state = wizard_.state();
     Text1->setText(state.EditMode ? text::display(state.SetupName) : QString("New Install"));
+    Text1->selectAll(); // what is typed replaces it
+    Text1->setFocus();
     content()->addWidget(Text1);
     content()->addStretch();
 }

@@ -4,20 +4,21 @@
 
 #include "setups/wizard/FileSelection.h"
 #include "setups/wizard/OperatorDialogs.h"
+#include "setups/wizard/PickList.h"
 #include "setups/wizard/SetupWizard.h"
 #include "setups/wizard/WizardPages.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
-#include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 AddSetupF4Frm3::AddSetupF4Frm3(SetupWizard& wizard) : WizardPage(wizard, "AddSetupF4Frm3") {
     addText("Select the files that you want to be checked:");
     auto* row = new QHBoxLayout;
-    List1 = new QListWidget(this);
+    List1 = new PickList(this);
     List1->setObjectName("List1");
+    List1->setFocus();
     row->addWidget(List1);
     auto* buttons = new QVBoxLayout;
     auto* browse = new QPushButton("Browse", this);
@@ -58,13 +59,16 @@ void AddSetupF4Frm3::Command3_Click() {
         }
         for (const std::string& path : result.relativePaths)
             List1->addItem(text::display(path));
+        List1->setFocus(); // to what was added; Enter goes on from there
     } catch (const RuntimeError&) {
     }
 }
 
 void AddSetupF4Frm3::Command4_Click() {
     const QList<QListWidgetItem*> selected = List1->selectedItems();
-    if (!selected.isEmpty()) delete selected.front();
+    if (selected.isEmpty()) return;
+    delete selected.front();
+    List1->pickNothing(); // so a second press does not remove the next file
 }
 
 void AddSetupF4Frm3::next() {

@@ -3,7 +3,7 @@
 #include "setups/wizard/WizardPage.h"
 
 class QCheckBox;
-class QListWidget;
+class PickList;
 
 class AddSetupF4Frm3 : public WizardPage {
     Q_OBJECT
@@ -17,6 +17,6 @@ class AddSetupF4Frm3 : public WizardPage {
     void Command3_Click(); // Browse
     void Command4_Click(); // DELETE
 
-    QListWidget* List1;
+    PickList* List1;
     QCheckBox* Check1;
 };

@@ -2,7 +2,7 @@
 // The configuration entries to be checked, from the installation's configuration file.
 #include "setups/wizard/WizardPage.h"
 
-class QListWidget;
+class PickList;
 
 class AddSetupF4Frm4 : public WizardPage {
     Q_OBJECT
@@ -14,5 +14,5 @@ class AddSetupF4Frm4 : public WizardPage {
     void next() override;
 
   private:
-    QListWidget* List1;
+    PickList* List1;
 };

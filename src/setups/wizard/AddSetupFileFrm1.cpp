@@ -6,6 +6,7 @@
 #include "setups/wizard/SetupWizard.h"
 #include "setups/wizard/WizardPages.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -22,6 +23,7 @@ AddSetupFileFrm1::AddSetupFileFrm1(SetupWizard& wizard) : WizardPage(wizard, "Ad
     auto* row = new QHBoxLayout;
     Text1 = new QLineEdit(this);
     Text1->setObjectName("Text1");
+    Text1->setFocus();
     auto* browse = new QPushButton("Browse", this);
     browse->setObjectName("Command3");
     row->addWidget(Text1);
@@ -33,8 +35,15 @@ AddSetupFileFrm1::AddSetupFileFrm1(SetupWizard& wizard) : WizardPage(wizard, "Ad
 
 void AddSetupFileFrm1::Command3_Click() {
     const QStringList chosen =
-        wizard_.dialogs().openFiles(this, "Open Setup File...", QString(), "Setup Files (*.stp)", false);
-    Text1->setText(chosen.isEmpty() ? QString() : chosen.front());
+        wizard_.dialogs().openFiles(this, "Open Setup File...", dialogFolder(), "Setup Files (*.stp)", false);
+    if (!chosen.isEmpty()) Text1->setText(chosen.front()); // cancelled: the path stays as it was
+    if (!Text1->text().isEmpty()) nextButton()->setFocus();
+}
+
+QString AddSetupFileFrm1::dialogFolder() const {
+    const QFileInfo shown(Text1->text());
+    if (!Text1->text().isEmpty() && shown.absoluteDir().exists()) return shown.absolutePath();
+    return wizard_.server().appDir(); // where the setups are
 }
 
 void AddSetupFileFrm1::next() {

@@ -17,6 +17,8 @@ class AddSetupFileFrm1 : public WizardPage {
   private:
     void Command3_Click(); // Browse
     void importOrEdit(const QString& path);
+    // The folder of the path in the box when there is one, else the program directory.
+    QString dialogFolder() const;
 
     QLabel* Label1;
     QLineEdit* Text1;

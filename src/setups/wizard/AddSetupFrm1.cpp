@@ -19,6 +19,7 @@ AddSetupFrm1::AddSetupFrm1(SetupWizard& wizard) : WizardPage(wizard, "AddSetupFr
         content()->addWidget(Option1[i]);
     }
     Option1[1]->setChecked(true); // making a new setup is what the wizard is mostly for
+    Option1[1]->setFocus();       // the arrows choose another, Enter goes on
     content()->addStretch();
     wizard_.state().EditMode = false;
 }

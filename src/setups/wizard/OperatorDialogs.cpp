@@ -1,10 +1,24 @@
 #include "setups/wizard/OperatorDialogs.h"
 
-#include <QApplication>
+#include "server/Server.h"
+
 #include <QFileDialog>
 #include <QMessageBox>
 
 #include <cstdlib>
+
+namespace {
+// As long as the end of the program after an error-log line waits for the peers.
+constexpr int kEndFlushMs = 1000;
+} // namespace
+
+void endAfterUnhandledError(Server& server, OperatorDialogs& dialogs, QWidget* parent,
+                            const RuntimeError& error) {
+    dialogs.unhandledError(parent, error);
+    server.trafficLog().flush();
+    server.flushAllSockets(kEndFlushMs);
+    dialogs.endProgram();
+}
 
 QStringList DesktopDialogs::openFiles(QWidget* parent, const QString& title, const QString& directory,
                                       const QString& filter, bool multiple) {
@@ -18,10 +32,13 @@ void DesktopDialogs::errorBox(QWidget* parent, const QString& text, const QStrin
 }
 
 void DesktopDialogs::unhandledError(QWidget* parent, const RuntimeError& error) {
-    QMessageBox::critical(parent, QApplication::applicationDisplayName(),
+    QMessageBox::critical(parent, kProgramTitle,
                           QString("Run-time error '%1':\n\n%2")
                               .arg(error.number)
                               .arg(QString::fromStdString(error.description())));
+}
+
+void DesktopDialogs::endProgram() {
     // Like the end of any program after an error nothing handled: no unload, no goodbyes.
     std::_Exit(1);
 }

@@ -7,19 +7,32 @@
 #include <QStringList>
 
 class QWidget;
+class Server;
+
+// The program's title, on the boxes that are the program's own rather than a form's: the
+// run-time error box and "The application is allready running.". (The status window's
+// caption is another matter: it carries the version.)
+inline constexpr char kProgramTitle[] = "Tessark Server";
 
 class OperatorDialogs {
   public:
     virtual ~OperatorDialogs() = default;
     // The files chosen as local paths; empty when the dialog was cancelled. `filter` is in the
-    // file dialog's own form ("All Files (*)").
+    // file dialog's own form ("All Files (*)"); `directory` is where the dialog opens.
     virtual QStringList openFiles(QWidget* parent, const QString& title, const QString& directory,
                                   const QString& filter, bool multiple) = 0;
     // A modal box with the critical-stop icon.
     virtual void errorBox(QWidget* parent, const QString& text, const QString& title) = 0;
-    // The run-time error box, then the program ends. Only a test's version returns.
+    // The run-time error box ("Run-time error 'N':" and the description).
     virtual void unhandledError(QWidget* parent, const RuntimeError& error) = 0;
+    // The end of the program, at once. Only a test's version returns.
+    virtual void endProgram() = 0;
 };
+
+// A run-time error that nothing handles: its box, then the end of the program. Like the end
+// after an error-log line, what was logged and sent before it is written out first.
+void endAfterUnhandledError(Server& server, OperatorDialogs& dialogs, QWidget* parent,
+                            const RuntimeError& error);
 
 // The real thing: Qt's file dialog and message boxes.
 class DesktopDialogs : public OperatorDialogs {
@@ -28,4 +41,5 @@ class DesktopDialogs : public OperatorDialogs {
                           const QString& filter, bool multiple) override;
     void errorBox(QWidget* parent, const QString& text, const QString& title) override;
     void unhandledError(QWidget* parent, const RuntimeError& error) override;
+    void endProgram() override;
 };

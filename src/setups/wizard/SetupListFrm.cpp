@@ -5,9 +5,9 @@
 #include "server/Server.h"
 #include "setups/SetupCatalogue.h"
 #include "setups/wizard/OperatorDialogs.h"
+#include "setups/wizard/PickList.h"
 
 #include <QHBoxLayout>
-#include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -17,15 +17,18 @@ SetupListFrm::SetupListFrm(Server& server, OperatorDialogs& dialogs, QWidget* pa
     setWindowTitle("List of Setups");
     setAttribute(Qt::WA_DeleteOnClose);
     auto* layout = new QVBoxLayout(this);
-    List1 = new QListWidget(this);
+    List1 = new PickList(this);
     List1->setObjectName("List1");
     List1->setSelectionMode(QAbstractItemView::SingleSelection);
+    List1->setFocus();
     layout->addWidget(List1);
     auto* row = new QHBoxLayout;
     auto* remove = new QPushButton("Delete Setup", this);
     remove->setObjectName("Command2");
     auto* exit = new QPushButton("Exit", this);
     exit->setObjectName("Command1");
+    // Enter closes the list: "Delete Setup" acts only when pressed itself.
+    exit->setDefault(true);
     row->addWidget(remove);
     row->addStretch();
     row->addWidget(exit);
@@ -57,7 +60,7 @@ void SetupListFrm::Command2_Click() {
         for (int i = 1, j = 1; i <= n; ++i)
             if (i != s) kept[j++] = setups[i];
     } catch (const RuntimeError& e) {
-        dialogs_.unhandledError(this, e);
+        endAfterUnhandledError(server_, dialogs_, this, e);
         close();
         return;
     }

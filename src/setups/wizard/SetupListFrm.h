@@ -4,7 +4,7 @@
 
 class Server;
 class OperatorDialogs;
-class QListWidget;
+class PickList;
 
 class SetupListFrm : public QDialog {
     Q_OBJECT
@@ -17,5 +17,5 @@ class SetupListFrm : public QDialog {
 
     Server& server_;
     OperatorDialogs& dialogs_;
-    QListWidget* List1;
+    PickList* List1;
 };

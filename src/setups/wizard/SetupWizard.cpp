@@ -15,6 +15,14 @@ void SetupWizard::start() {
 }
 
 void SetupWizard::showPage(WizardPage* next) {
+    // Every page in one place and of one size (what the operator made it, grown to fit the
+    // page), so the wizard does not jump from page to page.
+    if (current_) {
+        pageSize_ = current_->size();
+        next->move(current_->pos());
+    }
+    pageSize_ = pageSize_.expandedTo(next->minimumSizeHint());
+    next->resize(pageSize_);
     unloadCurrent();
     current_ = next;
     next->setWindowModality(Qt::ApplicationModal);
@@ -34,7 +42,7 @@ void SetupWizard::runUnhandled(QWidget* page, const std::function<void()>& handl
     try {
         handler();
     } catch (const RuntimeError& e) {
-        dialogs_.unhandledError(page, e);
+        endAfterUnhandledError(server_, dialogs_, page, e);
         unloadCurrent();
     }
 }

@@ -8,6 +8,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QSize>
 
 #include <functional>
 
@@ -23,7 +24,7 @@ class SetupWizard : public QObject {
 
     // "Add Setup...": the first page.
     void start();
-    // Unloads the page on show (if any) and shows `next` in its place.
+    // Unloads the page on show (if any) and shows `next` in its place, at its size.
     void showPage(WizardPage* next);
     void unloadCurrent();
     // Runs a handler that has no error handling: a run-time error in it is the end of the
@@ -42,4 +43,5 @@ class SetupWizard : public QObject {
     QWidget* owner_;
     WizardState state_;
     QPointer<WizardPage> current_;
+    QSize pageSize_{460, 320};
 };

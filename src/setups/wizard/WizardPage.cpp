@@ -18,19 +18,18 @@ WizardPage::WizardPage(SetupWizard& wizard, const QString& name, Buttons buttons
     if (buttons == NextAndCancel) {
         auto* row = new QHBoxLayout;
         row->addStretch();
-        auto* nextButton = new QPushButton("Next", this);
-        nextButton->setObjectName("Command1");
-        nextButton->setDefault(true);
-        auto* cancelButton = new QPushButton("Cancel", this);
-        cancelButton->setObjectName("Command2");
-        row->addWidget(nextButton);
-        row->addWidget(cancelButton);
+        next_ = new QPushButton("Next", this);
+        next_->setObjectName("Command1");
+        next_->setDefault(true);
+        cancel_ = new QPushButton("Cancel", this);
+        cancel_->setObjectName("Command2");
+        row->addWidget(next_);
+        row->addWidget(cancel_);
         layout->addLayout(row);
-        connect(nextButton, &QPushButton::clicked, this,
+        connect(next_, &QPushButton::clicked, this,
                 [this] { wizard_.runUnhandled(this, [this] { next(); }); });
-        connect(cancelButton, &QPushButton::clicked, this, &WizardPage::reject);
+        connect(cancel_, &QPushButton::clicked, this, &WizardPage::reject);
     }
-    resize(460, 320);
 }
 
 void WizardPage::addText(const QString& text) {
@@ -44,4 +43,20 @@ void WizardPage::reject() {
         wizard_.unloadCurrent();
     else
         QDialog::reject();
+}
+
+void WizardPage::showEvent(QShowEvent* event) {
+    // The buttons are made before the page's own controls, so they would come first in the
+    // tab order: they go after the last control of the page.
+    if (!tabOrderSet_ && next_) {
+        tabOrderSet_ = true;
+        QWidget* last = nullptr;
+        for (QWidget* w = nextInFocusChain(); w != this; w = w->nextInFocusChain())
+            if (w != next_ && w != cancel_ && isAncestorOf(w) && (w->focusPolicy() & Qt::TabFocus)) last = w;
+        if (last) {
+            setTabOrder(last, next_);
+            setTabOrder(next_, cancel_);
+        }
+    }
+    QDialog::showEvent(event);
 }

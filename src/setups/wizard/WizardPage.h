@@ -1,6 +1,7 @@
 #pragma once
 // One page of the Add Setup wizard: caption "Add Setup Wizard", the page's own controls, and
-// "Next" (Command1) and "Cancel" (Command2) below them.
+// "Next" (Command1, the default button: Enter moves on) and "Cancel" (Command2) below them.
+// A page gives the focus to what there is to fill; Tab goes down the page, then to the buttons.
 #include <QDialog>
 
 class SetupWizard;
@@ -22,10 +23,15 @@ class WizardPage : public QDialog {
     // The text at the top of the page.
     void addText(const QString& text);
     QVBoxLayout* content() const { return content_; }
+    QPushButton* nextButton() const { return next_; }
     void reject() override; // "Cancel", Escape and the close box: the page goes, nothing else
+    void showEvent(QShowEvent* event) override;
 
     SetupWizard& wizard_;
 
   private:
     QVBoxLayout* content_;
+    QPushButton* next_ = nullptr;
+    QPushButton* cancel_ = nullptr;
+    bool tabOrderSet_ = false;
 };

@@ -8,38 +8,6 @@
 #include <QListWidget>
 #include <QRadioButton>
 
-namespace {
-void writeText(const QString& path, const std::string& text) {
-    QFile f(path);
-    f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    f.write(text.data(), static_cast<qint64>(text.size()));
-}
-} // namespace
-
-class CataloguedSetupTest : public WizardTest {
-  protected:
-    // A setup made by hand earlier and catalogued in tessark.ini.
-    void catalogue(const std::vector<std::pair<QString, std::string>>& files) {
-        std::string ini = "[SETUPLIST]\r\nNUM=" + std::to_string(files.size()) + "\r\n";
-        int i = 0;
-        for (const auto& [name, text] : files) {
-            writeText(server_.path(name), text);
-            ini += "[SETUPLIST" + std::to_string(++i) + "]\r\nFNAME=" + server_.path(name).toStdString() +
-                   "\r\n";
-        }
-        writeText(server_.path("tessark.ini"), ini);
-        server_.server().setups().InitSetups();
-        server_.server().setups().LoadSetups();
-    }
-    void chooseOption(int i) {
-        wizard_.start();
-        QRadioButton* option = control<QRadioButton>(QString("Option1_%1").arg(i).toLatin1());
-        QTest::mouseClick(option, Qt::LeftButton, {},
-                          QPoint(6, option->height() / 2)); // on the button itself
-        next();
-    }
-};
-
 TEST_F(CataloguedSetupTest, EditKeepingTheNameRewritesTheFileInPlace) {
     catalogue({{"Night Ops.stp", "Night Ops\r\nCURSET@BMS\r\nCURTHE@Old Theater\r\n// by hand\r\n"
                                  "CHKSUM@Data\\Sub\\a.dat@1\r\nCONFIG@g_nBar@9\r\nCONFIG@gone@1\r\n"}});

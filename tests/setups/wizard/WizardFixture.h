@@ -1,28 +1,37 @@
 #pragma once
 // A fake Falcon 4 installation under a Wine-style prefix, a server in a temporary program
 // directory, and file dialogs that return what the test chose.
+#include "setups/SetupCatalogue.h"
 #include "setups/wizard/OperatorDialogs.h"
 #include "setups/wizard/SetupWizard.h"
 #include "support/TestServer.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 
 class ScriptedDialogs : public OperatorDialogs {
   public:
     std::deque<QStringList> choices; // what each file dialog returns, in turn
     QStringList titles;              // of the dialogs shown
+    QStringList directories;         // each dialog's starting folder
     QStringList boxes;               // "title|text"
-    std::vector<int> unhandled;      // run-time error numbers that ended "the program"
+    std::vector<int> unhandled;      // run-time error numbers whose box was shown
+    int ends = 0;                    // times "the program" ended
+    std::function<void()> atEnd;     // what the test looks at when it ends
 
-    QStringList openFiles(QWidget*, const QString& title, const QString&, const QString&, bool) override {
+    QStringList openFiles(QWidget*, const QString& title, const QString& directory, const QString&,
+                          bool) override {
         titles << title;
+        directories << directory;
         if (choices.empty()) return {};
         QStringList next = choices.front();
         choices.pop_front();
@@ -32,10 +41,38 @@ class ScriptedDialogs : public OperatorDialogs {
         boxes << title + "|" + text;
     }
     void unhandledError(QWidget*, const RuntimeError& e) override { unhandled.push_back(e.number); }
+    void endProgram() override {
+        ++ends;
+        if (atEnd) atEnd();
+    }
 };
+
+// The keyboard, as the operator has it: every key goes to the widget that has the focus.
+namespace keys {
+inline QWidget* focused() {
+    return QApplication::focusWidget();
+}
+inline QString focusedName() {
+    return focused() ? focused()->objectName() : QString();
+}
+inline void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+    QWidget* target = focused() ? focused() : QApplication::activeWindow();
+    ASSERT_NE(target, nullptr) << "no window has the keyboard";
+    QTest::keyClick(target, key, modifiers);
+}
+inline void type(const QString& text) {
+    for (QChar c : text) {
+        QWidget* target = focused() ? focused() : QApplication::activeWindow();
+        ASSERT_NE(target, nullptr) << "no window has the keyboard";
+        QTest::keyClick(target, c.toLatin1());
+    }
+}
+} // namespace keys
 
 class WizardTest : public ::testing::Test {
   protected:
+    explicit WizardTest(const std::string& iniText = {}) : server_(iniText) {}
+
     void SetUp() override {
         hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
         savedPrefix_ = qgetenv("WINEPREFIX");
@@ -83,6 +120,8 @@ class WizardTest : public ::testing::Test {
     bool waitForPage(const QString& name) {
         return QTest::qWaitFor([&] { return pageName() == name; }, 10000);
     }
+    // The page is on screen and has the keyboard.
+    bool onPage(const QString& name) { return waitForPage(name) && QTest::qWaitForWindowActive(page()); }
     std::string appFile(const QString& name) const { return server_.readFile(name); }
 
     QTemporaryDir prefix_;
@@ -91,4 +130,36 @@ class WizardTest : public ::testing::Test {
     TestServer server_;
     ScriptedDialogs dialogs_;
     SetupWizard wizard_{server_.server(), dialogs_, nullptr};
+};
+
+inline void writeText(const QString& path, const std::string& text) {
+    QFile f(path);
+    f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    f.write(text.data(), static_cast<qint64>(text.size()));
+}
+
+class CataloguedSetupTest : public WizardTest {
+  protected:
+    using WizardTest::WizardTest;
+
+    // Setups made by hand earlier and catalogued in tessark.ini.
+    void catalogue(const std::vector<std::pair<QString, std::string>>& files) {
+        std::string ini = "[SETUPLIST]\r\nNUM=" + std::to_string(files.size()) + "\r\n";
+        int i = 0;
+        for (const auto& [name, text] : files) {
+            writeText(server_.path(name), text);
+            ini += "[SETUPLIST" + std::to_string(++i) + "]\r\nFNAME=" + server_.path(name).toStdString() +
+                   "\r\n";
+        }
+        writeText(server_.path("tessark.ini"), ini);
+        server_.server().setups().InitSetups();
+        server_.server().setups().LoadSetups();
+    }
+    void chooseOption(int i) {
+        wizard_.start();
+        QRadioButton* option = control<QRadioButton>(QString("Option1_%1").arg(i).toLatin1());
+        QTest::mouseClick(option, Qt::LeftButton, {},
+                          QPoint(6, option->height() / 2)); // on the button itself
+        next();
+    }
 };
