@@ -75,16 +75,16 @@ int main(int argc, char* argv[]) {
     try {
         server->start();
     } catch (const RuntimeError& e) {
-        display->messageBox(
-            QString("Run-time error '%1':\n\n%2").arg(e.number).arg(QString::fromStdString(e.description())),
-            kProgramTitle, MessageIcon::Critical);
+        display->messageBox(QString::fromStdString(runTimeErrorText(e)), kProgramTitle,
+                            MessageIcon::Critical);
         return 1;
     }
     if (window) window->show();
 
     // exit(), not quit(): a widget application's quit() first asks every window to close, and
     // the status window refuses (its close box only hides it), which would cancel the exit.
-    QObject::connect(server.get(), &Server::finished, app.get(), [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+    QObject::connect(
+        server.get(), &Server::finished, app.get(), [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
     SignalBridge signals_;
     QObject::connect(&signals_, &SignalBridge::terminationRequested, server.get(), &Server::exit);
     return app->exec();

@@ -10,7 +10,8 @@
 
 #include <string_view>
 
-template <typename Handle> void serveMessages(SocketElement& element, std::string_view messages, Handle&& handle) {
+template <typename Handle>
+void serveMessages(SocketElement& element, std::string_view messages, Handle&& handle) {
     MessageCursor cursor(messages);
     CommandRec message;
     while (cursor.next(message)) {

@@ -34,7 +34,8 @@ void ClosedConnections::forget(QTcpSocket* socket) {
 
 void ClosedConnections::enforceLimits() {
     qint64 bytes = 0;
-    for (QTcpSocket* socket : sockets_) bytes += socket->bytesToWrite();
+    for (QTcpSocket* socket : sockets_)
+        bytes += socket->bytesToWrite();
     while (!sockets_.empty() && (count() > kMaxCount || bytes > kMaxBytes)) {
         QTcpSocket* oldest = sockets_.front();
         bytes -= oldest->bytesToWrite();

@@ -10,7 +10,7 @@
 class QTcpSocket;
 
 class ClosedConnections : public QObject {
-public:
+  public:
     static constexpr int kLingerMs = 10000;
     static constexpr int kMaxCount = 64;
     static constexpr qint64 kMaxBytes = 16 * 1024 * 1024;
@@ -24,7 +24,7 @@ public:
     // whether some is still held. Nothing is raised to the server (used before the process ends).
     bool writeOut();
 
-private:
+  private:
     void forget(QTcpSocket* socket);
     void enforceLimits();
     std::deque<QTcpSocket*> sockets_; // oldest first

@@ -16,14 +16,14 @@ inline constexpr size_t kMaxMessageBytes = 16 * 1024;
 // arrival's bytes. A message ends at a NUL; whatever follows the last NUL is dropped, and so is
 // a message longer than kMaxMessageBytes.
 class MessageCursor {
-public:
+  public:
     explicit MessageCursor(std::string_view arrival) : rest_(arrival) {}
     // The next message, or false at the end of the arrival.
     bool next(CommandRec& message);
     // What has not been handed out yet.
     std::string_view rest() const { return rest_; }
 
-private:
+  private:
     std::string_view rest_;
 };
 

@@ -29,7 +29,9 @@ Listener::Listener(QObject* parent) : QObject(parent), server_(*this) {
     });
 }
 
-Listener::~Listener() { std::erase(listeners, this); }
+Listener::~Listener() {
+    std::erase(listeners, this);
+}
 
 void Listener::listen(quint16 port) {
     if (!server_.listen(QHostAddress::Any, port)) throw RuntimeError(10048, "Address in use");

@@ -7,7 +7,7 @@
 // carrying its identifier; a request that no handler accepts is refused once the event is over.
 class Listener : public QObject {
     Q_OBJECT
-public:
+  public:
     explicit Listener(QObject* parent = nullptr);
     ~Listener() override;
     // Listens on the port (0: any free port); "Address in use" when it cannot.
@@ -18,18 +18,18 @@ public:
     // Marks the request being raised as taken, so it is not refused afterwards.
     void take(qintptr requestId);
 
-signals:
+  signals:
     void connectionRequest(qintptr requestId);
 
-private:
+  private:
     class Server : public QTcpServer {
-    public:
+      public:
         explicit Server(Listener& owner) : owner_(owner) {}
 
-    protected:
+      protected:
         void incomingConnection(qintptr handle) override { owner_.raise(handle); }
 
-    private:
+      private:
         Listener& owner_;
     };
     void raise(qintptr handle);

@@ -1,8 +1,8 @@
 #include "net/PeerLiveness.h"
 
 #if defined(Q_OS_WIN)
-#include <winsock2.h>
 #include <mstcpip.h>
+#include <winsock2.h>
 #include <ws2tcpip.h>
 #else
 #include <netinet/in.h>

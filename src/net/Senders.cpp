@@ -38,7 +38,8 @@ void Senders::SendCommand(std::string_view command, std::string_view data, int16
 }
 
 void Senders::SendCommand2(std::string_view command, std::string_view data, int16_t index) {
-    sendOnArray(server_, server_.WS2(), "SendCommand2", "Command sent to AWACS Client #", command, data, index);
+    sendOnArray(server_, server_.WS2(), "SendCommand2", "Command sent to AWACS Client #", command, data,
+                index);
 }
 
 void Senders::SendCommand3(std::string_view command, std::string_view data, int16_t index) {

@@ -9,14 +9,14 @@
 class Server;
 
 class Senders {
-public:
+  public:
     explicit Senders(Server& server) : server_(server) {}
     void SendCommand(std::string_view command, std::string_view data, int16_t index);  // players
     void SendCommand2(std::string_view command, std::string_view data, int16_t index); // AWACS clients
     void SendCommand3(std::string_view command, std::string_view data, int16_t index); // SIM clients
     void SendCommand4(std::string_view command, std::string_view data);                // the AI Spy
 
-private:
+  private:
     Server& server_;
 };
 

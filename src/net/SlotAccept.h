@@ -10,7 +10,8 @@ using SlotTable = std::array<bool, SocketArray::kMaxIndex + 1>;
 // accepts. With every slot taken the scan
 // leaves 0: loading element 0 fails, the accept on the listener fails, and the request is
 // refused; the failures stay pending in the trap.
-inline void acceptOnLowestFreeSlot(SocketArray& sockets, SlotTable& used, qintptr requestId, ErrorTrap& trap) {
+inline void acceptOnLowestFreeSlot(SocketArray& sockets, SlotTable& used, qintptr requestId,
+                                   ErrorTrap& trap) {
     int slot = 0;
     for (int i = 1; i <= SocketArray::kMaxIndex; ++i)
         if (!used[static_cast<size_t>(i)]) {

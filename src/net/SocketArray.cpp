@@ -3,7 +3,8 @@
 #include "server/RuntimeError.h"
 
 SocketArray::SocketArray(QObject* parent) : QObject(parent), listener_(this) {
-    connect(&listener_, &Listener::connectionRequest, this, [this](qintptr id) { emit connectionRequest(0, id); });
+    connect(&listener_, &Listener::connectionRequest, this,
+            [this](qintptr id) { emit connectionRequest(0, id); });
 }
 
 bool SocketArray::isLoaded(int index) const {
@@ -37,7 +38,9 @@ const SocketElement& SocketArray::loaded(int index) const {
     return *elements_[static_cast<size_t>(index)];
 }
 
-SocketElement& SocketArray::element(int index) { return const_cast<SocketElement&>(loaded(index)); }
+SocketElement& SocketArray::element(int index) {
+    return const_cast<SocketElement&>(loaded(index));
+}
 
 int SocketArray::state(int index) const {
     if (index == 0) return listener_.isListening() ? 2 : SocketElement::Closed;

@@ -13,7 +13,7 @@
 
 class SocketArray : public QObject {
     Q_OBJECT
-public:
+  public:
     static constexpr int kMaxIndex = 48;
     explicit SocketArray(QObject* parent = nullptr);
 
@@ -33,14 +33,14 @@ public:
     std::vector<int> loadedIndices() const;
     SocketElement& element(int index);
 
-signals:
+  signals:
     void connectionRequest(int index, qintptr requestId);
     void dataArrival(int index, qint64 bytes);
     void closed(int index);
     void error(int index, int number, const QString& description);
     void drained(int index);
 
-private:
+  private:
     const SocketElement& loaded(int index) const;
     Listener listener_;
     std::array<std::unique_ptr<SocketElement>, kMaxIndex + 1> elements_;

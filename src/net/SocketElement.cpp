@@ -34,16 +34,22 @@ SocketElement::~SocketElement() {
     std::erase(gathering, this);
 }
 
-qintptr SocketElement::descriptor() const { return socket_ ? socket_->socketDescriptor() : -1; }
+qintptr SocketElement::descriptor() const {
+    return socket_ ? socket_->socketDescriptor() : -1;
+}
 
 int SocketElement::state() const {
     if (errored_) return Error;
     if (!socket_) return Closed;
     switch (socket_->state()) {
-    case QAbstractSocket::ConnectedState: return Connected;
-    case QAbstractSocket::ClosingState: return Closing;
-    case QAbstractSocket::UnconnectedState: return Closed;
-    default: return 6; // connecting
+    case QAbstractSocket::ConnectedState:
+        return Connected;
+    case QAbstractSocket::ClosingState:
+        return Closing;
+    case QAbstractSocket::UnconnectedState:
+        return Closed;
+    default:
+        return 6; // connecting
     }
 }
 
@@ -63,7 +69,8 @@ void SocketElement::accept(qintptr requestId) {
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     watchPeerLiveness(requestId);
     socket_ = socket;
-    connect(socket, &QTcpSocket::readyRead, this, [this] { emit dataArrival(index_, socket_->bytesAvailable()); });
+    connect(socket, &QTcpSocket::readyRead, this,
+            [this] { emit dataArrival(index_, socket_->bytesAvailable()); });
     connect(socket, &QTcpSocket::bytesWritten, this, [this] { noticeDrain(); });
     connect(socket, &QTcpSocket::disconnected, this, [this] {
         if (!errored_) emit closed(index_);
@@ -76,9 +83,13 @@ void SocketElement::accept(qintptr requestId) {
     });
 }
 
-std::string_view SocketElement::readMessages() { return read(kMaxArrivalBytes, true); }
+std::string_view SocketElement::readMessages() {
+    return read(kMaxArrivalBytes, true);
+}
 
-std::string_view SocketElement::readWhole() { return read(kMaxWholeArrivalBytes, false); }
+std::string_view SocketElement::readWhole() {
+    return read(kMaxWholeArrivalBytes, false);
+}
 
 std::string_view SocketElement::read(qint64 limit, bool keepCutMessage) {
     inbox_.swap(carried_);
@@ -100,7 +111,8 @@ std::string_view SocketElement::read(qint64 limit, bool keepCutMessage) {
     }
     if (keepCutMessage && got >= limit) {
         const size_t lastNul = arrival.rfind('\0');
-        const std::string_view tail = lastNul == std::string_view::npos ? arrival : arrival.substr(lastNul + 1);
+        const std::string_view tail =
+            lastNul == std::string_view::npos ? arrival : arrival.substr(lastNul + 1);
         if (tail.size() > kMaxMessageBytes)
             skippingLongMessage_ = true;
         else
@@ -128,8 +140,9 @@ void SocketElement::finishArrival() {
     if (inbox_.capacity() > kInboxKeptCapacity) std::string().swap(inbox_);
     if (passedOver_ && socket_) {
         passedOver_ = false;
-        QMetaObject::invokeMethod(this, [this] { emit dataArrival(index_, socket_ ? socket_->bytesAvailable() : 0); },
-                                  Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { emit dataArrival(index_, socket_ ? socket_->bytesAvailable() : 0); },
+            Qt::QueuedConnection);
     }
 }
 
@@ -137,9 +150,12 @@ void SocketElement::finishArrival() {
 // cap, so the peer's next requests meet room for their answers.
 void SocketElement::noticeDrain() {
     if (!held_ || bytesQueued() >= kOutputCap / 2) return;
-    QMetaObject::invokeMethod(this, [this] {
-        if (held_) emit drained(index_);
-    }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (held_) emit drained(index_);
+        },
+        Qt::QueuedConnection);
 }
 
 void SocketElement::send(std::string_view command, std::string_view data) {
@@ -163,7 +179,8 @@ void SocketElement::send(std::string_view command, std::string_view data) {
         if (std::find(gathering.begin(), gathering.end(), this) == gathering.end()) gathering.push_back(this);
         if (!handOverPosted) {
             handOverPosted = true;
-            QMetaObject::invokeMethod(QCoreApplication::instance(), &SocketElement::handOverAll, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(QCoreApplication::instance(), &SocketElement::handOverAll,
+                                      Qt::QueuedConnection);
         }
     }
     outbox_.append(command);
@@ -173,7 +190,8 @@ void SocketElement::send(std::string_view command, std::string_view data) {
 
 void SocketElement::handOverAll() {
     handOverPosted = false;
-    for (size_t i = 0; i < gathering.size(); ++i) gathering[i]->handOverOutbox();
+    for (size_t i = 0; i < gathering.size(); ++i)
+        gathering[i]->handOverOutbox();
     gathering.clear();
 }
 
@@ -210,7 +228,8 @@ void SocketElement::handOverOutbox() {
     if (socket_ && socket_->state() == QAbstractSocket::ConnectedState) {
         const auto size = static_cast<qsizetype>(outbox_.size());
         qsizetype done = 0;
-        if (socket_->bytesToWrite() == 0) done = writeWithoutWaiting(socket_->socketDescriptor(), outbox_.data(), size);
+        if (socket_->bytesToWrite() == 0)
+            done = writeWithoutWaiting(socket_->socketDescriptor(), outbox_.data(), size);
         if (done < size) socket_->write(outbox_.data() + done, size - done);
     }
     outbox_.clear();
@@ -234,9 +253,13 @@ bool SocketElement::writeOut() {
     return socket_->bytesToWrite() > 0;
 }
 
-bool SocketElement::writeOutClosed() { return ClosedConnections::instance().writeOut(); }
+bool SocketElement::writeOutClosed() {
+    return ClosedConnections::instance().writeOut();
+}
 
-int SocketElement::closedStillSending() { return ClosedConnections::instance().count(); }
+int SocketElement::closedStillSending() {
+    return ClosedConnections::instance().count();
+}
 
 // Detaches the connection from this element, so no further event reaches the server, and
 // lets it close gracefully on its own: output already queued still reaches the peer.

@@ -13,7 +13,7 @@ class QTcpSocket;
 // and keeps the state numbers the routines test: 0 closed, 7 connected.
 class SocketElement : public QObject {
     Q_OBJECT
-public:
+  public:
     static constexpr int Closed = 0;
     static constexpr int Connected = 7;
     static constexpr int Closing = 8;
@@ -38,9 +38,9 @@ public:
     void accept(qintptr requestId);
 
     // Reads one arrival of NUL-ended messages. When this read had to stop short of what was
-    // waiting (it filled a whole arrival), the read was cut here and not by the peer: the unfinished message at its
-    // end is kept for the next read rather than lost (a message longer than the framing allows
-    // is dropped whole instead). The view is valid until the next read.
+    // waiting (it filled a whole arrival), the read was cut here and not by the peer: the unfinished message
+    // at its end is kept for the next read rather than lost (a message longer than the framing allows is
+    // dropped whole instead). The view is valid until the next read.
     std::string_view readMessages();
     // Reads one arrival as it is (the AI Spy channel: one command per arrival).
     std::string_view readWhole();
@@ -82,14 +82,14 @@ public:
     // Connections closed by the server that still hand over their last output.
     static int closedStillSending();
 
-signals:
+  signals:
     void dataArrival(int index, qint64 bytes);
     void closed(int index);
     void error(int index, int number, const QString& description);
     // The output that stopped an arrival's handling has gone down; see holdUnhandled().
     void drained(int index);
 
-private:
+  private:
     std::string_view read(qint64 limit, bool keepCutMessage);
     void release();
     void handOverOutbox();
@@ -99,13 +99,13 @@ private:
     QTcpSocket* socket_ = nullptr;
     bool errored_ = false;
     bool answering_ = false;
-    std::string outbox_; // sent during the current event, not yet handed to the connection
+    std::string outbox_;           // sent during the current event, not yet handed to the connection
     qint64 queuedBeforeEvent_ = 0; // what the connection still held when the event began
     quint64 dropped_ = 0;
-    std::string inbox_;       // the last read, after what an earlier cut read left over
-    std::string carried_;     // the unfinished message at the end of a cut read
+    std::string inbox_;   // the last read, after what an earlier cut read left over
+    std::string carried_; // the unfinished message at the end of a cut read
     bool skippingLongMessage_ = false;
-    size_t heldFrom_ = 0;     // where the held part of inbox_ begins
+    size_t heldFrom_ = 0; // where the held part of inbox_ begins
     bool held_ = false;
     bool passedOver_ = false;
 };

@@ -57,7 +57,8 @@ static double roundHalfEven(double v) {
 
 template <typename T> static Checked<T> rounded(double value) {
     double r = roundHalfEven(value);
-    if (!(r >= std::numeric_limits<T>::min() && r <= std::numeric_limits<T>::max())) return {0, errors::overflow};
+    if (!(r >= std::numeric_limits<T>::min() && r <= std::numeric_limits<T>::max()))
+        return {0, errors::overflow};
     return {static_cast<T>(r)};
 }
 

@@ -34,8 +34,9 @@ void PlayerSessions::WS1_DataArrival(int index) {
     ErrorTrap trap(server_.errorLog(), "WS1_DataArrival");
     SocketElement* element = nullptr;
     if (!trap([&] { element = &server_.WS1().element(index); })) return;
-    serveArrival(*element, server_.errorLog(), "ParseData",
-                 [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index), trap); });
+    serveArrival(*element, server_.errorLog(), "ParseData", [&](const CommandRec& command) {
+        handleArrived(command, static_cast<int16_t>(index), trap);
+    });
 }
 
 // The player has read what held its requests: the rest of its arrival is handled now.
@@ -43,8 +44,9 @@ void PlayerSessions::WS1_Drained(int index) {
     ErrorTrap trap(server_.errorLog(), "WS1_DataArrival");
     SocketElement* element = nullptr;
     if (!trap([&] { element = &server_.WS1().element(index); })) return;
-    resumeArrival(*element,
-                  [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index), trap); });
+    resumeArrival(*element, [&](const CommandRec& command) {
+        handleArrived(command, static_cast<int16_t>(index), trap);
+    });
 }
 
 void PlayerSessions::handleArrived(const CommandRec& command, int16_t slot, ErrorTrap& trap) {
@@ -83,7 +85,8 @@ void PlayerSessions::handleCommand(const CommandRec& command, int16_t slot, Erro
         PlayerErrorListDone(slot);
     } else if (name == "ERRGET") {
         int16_t position = 0;
-        if (trap.take(text::int16Of(text::leadingNumber(payload)), position)) SendErrorListToPlayer(slot, position);
+        if (trap.take(text::int16Of(text::leadingNumber(payload)), position))
+            SendErrorListToPlayer(slot, position);
     }
 }
 
@@ -102,7 +105,8 @@ void PlayerSessions::handleSetupChoice(std::string_view payload, int16_t slot, E
         int32_t position = 0;
         if (trap.take(asInt32, position)) {
             const SetupRecord* setup = server_.setups().Setups().find(position);
-            if (trap.require(setup != nullptr, errors::subscriptOutOfRange)) player.PlayerSetupName = setup->Name;
+            if (trap.require(setup != nullptr, errors::subscriptOutOfRange))
+                player.PlayerSetupName = setup->Name;
         }
         trap.take(asInt16, player.SetupNumber);
     }

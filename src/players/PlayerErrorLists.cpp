@@ -12,7 +12,8 @@ void PlayerSessions::PlayerErrorListRedim(int16_t slot, int16_t count) {
     PlayerRecord* player = firstOnSlot(slot);
     if (!player) return;
     // A new list replaces the old one; a negative count leaves the old one as it was.
-    if (trap.require(count >= 0, errors::subscriptOutOfRange)) player->Errors = VbList<int16_t>::withUpperBound(count);
+    if (trap.require(count >= 0, errors::subscriptOutOfRange))
+        player->Errors = VbList<int16_t>::withUpperBound(count);
 }
 
 void PlayerSessions::PlayerErrorListAdd(std::string_view payload, int16_t slot) {
@@ -41,7 +42,8 @@ void PlayerSessions::SendErrorListToPlayer(int16_t toSlot, int16_t position) {
     // A position that is not a listed player is reported as an empty list; element 0 is the
     // empty record, which has no list at all.
     const PlayerRecord* player = position >= 1 ? Players_.find(position) : nullptr;
-    const int count = trap.require(player != nullptr, errors::subscriptOutOfRange) ? player->Errors.ubound() : 0;
+    const int count =
+        trap.require(player != nullptr, errors::subscriptOutOfRange) ? player->Errors.ubound() : 0;
     senders.SendCommand("ERRRDM", p + "@" + text::number(count), toSlot);
     for (int i = 1; i <= count; ++i) {
         const std::string reason = ErrnumToStr(position, player->Errors[i]);

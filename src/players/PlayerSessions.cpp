@@ -47,7 +47,8 @@ void PlayerSessions::AddToPlayerList(std::string_view name, int16_t slot) {
     // A second VALIDR on one slot makes a second record: both get every status change and
     // both go when the connection does.
     int listed = 0;
-    for (int i = 1; i <= Players_.ubound(); ++i) listed += Players_[i].Slot == slot;
+    for (int i = 1; i <= Players_.ubound(); ++i)
+        listed += Players_[i].Slot == slot;
     if (!trap.require(listed < kMaxListingsPerSlot, tooManyListings)) return;
     trap([&] {
         PlayerRecord& added = Players_.append();

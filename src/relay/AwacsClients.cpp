@@ -33,7 +33,8 @@ void AwacsClients::WS2_Drained(int index) {
     ErrorTrap trap(server_.errorLog(), "WS2_DataArrival");
     SocketElement* element = nullptr;
     if (!trap([&] { element = &server_.WS2().element(index); })) return;
-    resumeArrival(*element, [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index)); });
+    resumeArrival(*element,
+                  [&](const CommandRec& command) { handleArrived(command, static_cast<int16_t>(index)); });
 }
 
 void AwacsClients::handleArrived(const CommandRec& command, int16_t slot) {
@@ -65,7 +66,8 @@ void AwacsClients::AddToAWACSList(int16_t slot) {
     ErrorTrap trap(server_.errorLog(), "AddToAWACSList");
     // A second NAWACS lists the client again: it gets every message once per listing.
     int listed = 0;
-    for (int k = 1; k <= AwacsList_.ubound(); ++k) listed += AwacsList_[k] == slot;
+    for (int k = 1; k <= AwacsList_.ubound(); ++k)
+        listed += AwacsList_[k] == slot;
     if (!trap.require(listed < kMaxListingsPerSlot, tooManyListings)) return;
     AwacsList_.append(slot);
     UpdateDisplayAWACS();

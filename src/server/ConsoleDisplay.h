@@ -4,7 +4,7 @@
 // Headless: no windows; every message box becomes one line on standard error holding its text,
 // and the server goes on as if it had been dismissed.
 class ConsoleDisplay : public StatusDisplay {
-public:
+  public:
     void showPlayers(const std::vector<PlayerRow>&) override {}
     void showAwacsCount(const QString&) override {}
     void showSimCount(const QString&) override {}

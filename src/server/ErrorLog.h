@@ -9,7 +9,7 @@
 struct RuntimeError;
 
 class ErrorLog {
-public:
+  public:
     using EndProgram = std::function<void()>;
     // What happens when the log itself cannot be written (a read-only directory, a directory in
     // its place): the run-time error shows as it would with no trap at all, and the program
@@ -26,7 +26,7 @@ public:
     // runs where a routine's trap settles, which may be a destructor.
     void write(const std::string& message);
 
-private:
+  private:
     QString path_;
     bool enabled_;
     EndProgram endProgram_;

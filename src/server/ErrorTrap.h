@@ -14,7 +14,7 @@
 #include <string_view>
 
 class ErrorTrap {
-public:
+  public:
     ErrorTrap(ErrorLog& log, std::string_view routine) : log_(log), routine_(routine) {}
     ~ErrorTrap() { settle(); }
     ErrorTrap(const ErrorTrap&) = delete;
@@ -50,7 +50,7 @@ public:
     // Settles now, with text appended to the logged message (a routine's own detail).
     void settle(std::string_view suffix = {});
 
-private:
+  private:
     ErrorLog& log_;
     std::string_view routine_; // always a literal: the routines are named in the code
     std::optional<RuntimeError> pending_;

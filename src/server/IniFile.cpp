@@ -23,12 +23,14 @@ std::string trim(const std::string& s) {
 
 bool sameText(const std::string& a, const std::string& b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+               return std::tolower(static_cast<unsigned char>(x)) ==
+                      std::tolower(static_cast<unsigned char>(y));
            });
 }
 
 std::string upper(std::string s) {
-    std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    std::transform(s.begin(), s.end(), s.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
     return s;
 }
 
@@ -63,7 +65,8 @@ std::optional<std::string> keyOf(const std::string& line, std::string* valueOut 
 namespace {
 
 std::string lower(std::string s) {
-    std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::transform(s.begin(), s.end(), s.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return s;
 }
 
@@ -134,7 +137,8 @@ void WriteINI(const std::string& section, const std::string& key, const std::str
 
 void WriteINIAll(const std::vector<IniEntry>& entries, const QString& fileName) {
     std::vector<std::string> lines = readLines(fileName);
-    for (const IniEntry& e : entries) applyEntry(lines, e);
+    for (const IniEntry& e : entries)
+        applyEntry(lines, e);
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly)) return;
     for (const std::string& line : lines) {

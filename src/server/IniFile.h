@@ -16,11 +16,11 @@ void WriteINI(const std::string& section, const std::string& key, const std::str
 // The whole file read once, for reading many keys: ReadINI's answers, without reading and
 // scanning the file again for each (a catalogue of thousands of setups starts at once).
 class IniSnapshot {
-public:
+  public:
     explicit IniSnapshot(const QString& fileName);
     std::string read(const std::string& section, const std::string& key) const;
 
-private:
+  private:
     std::map<std::string, std::string> values_; // "section\nkey" in lower case -> first value
 };
 

@@ -23,11 +23,14 @@ constexpr int kShutdownFlushMs = 2000;
 } // namespace
 
 Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::EndProgram endProgram)
-    : display_(display), appDir_(std::move(appDir)), iniFile_(appDir_ + "tessark.ini"), requestedPorts_(ports),
-      endProgram_(std::move(endProgram)), ws4_(0), senders_(*this) {
+    : display_(display), appDir_(std::move(appDir)), iniFile_(appDir_ + "tessark.ini"),
+      requestedPorts_(ports), endProgram_(std::move(endProgram)), ws4_(0), senders_(*this) {
     errorLog_ = std::make_unique<ErrorLog>(
         appDir_ + "TessarkSrvErrorLog.txt", false, [this] { endProgramNow(); },
-        [this](const RuntimeError& e) { display_.messageBox(QString::fromStdString(runTimeErrorText(e)), kProgramTitle, MessageIcon::Critical); });
+        [this](const RuntimeError& e) {
+            display_.messageBox(QString::fromStdString(runTimeErrorText(e)), kProgramTitle,
+                                MessageIcon::Critical);
+        });
     players_ = std::make_unique<PlayerSessions>(*this);
     awacs_ = std::make_unique<AwacsClients>(*this);
     sims_ = std::make_unique<SimClients>(*this);
@@ -58,7 +61,8 @@ Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::En
     connect(&ws3_, &SocketArray::error, this, [this](int i, int, const QString&) { sims_->WS3_Error(i); });
     connect(&ws3_, &SocketArray::drained, this, [this](int i) { sims_->WS3_Drained(i); });
 
-    connect(&ws5_, &Listener::connectionRequest, this, [this](qintptr id) { aiSpy_->WS5_ConnectionRequest(id); });
+    connect(&ws5_, &Listener::connectionRequest, this,
+            [this](qintptr id) { aiSpy_->WS5_ConnectionRequest(id); });
     connect(&ws4_, &SocketElement::dataArrival, this, [this](int, qint64) { aiSpy_->WS4_DataArrival(); });
     connect(&ws4_, &SocketElement::closed, this, [this](int) { aiSpy_->WS4_Close(); });
     connect(&ws4_, &SocketElement::error, this, [this](int, int, const QString&) { aiSpy_->WS4_Error(); });
@@ -67,7 +71,10 @@ Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::En
 Server::~Server() = default;
 
 QString Server::title() {
-    return QStringLiteral("QUILLON v%1.%2.%3b").arg(TESSARK_VERSION_MAJOR).arg(TESSARK_VERSION_MINOR).arg(TESSARK_VERSION_PATCH);
+    return QStringLiteral("QUILLON v%1.%2.%3b")
+        .arg(TESSARK_VERSION_MAJOR)
+        .arg(TESSARK_VERSION_MINOR)
+        .arg(TESSARK_VERSION_PATCH);
 }
 
 void Server::start() {
@@ -91,7 +98,8 @@ void Server::start() {
         logOn = ReadINI("DEBUG", "LOG", iniFile_) == "1";
     }
     errorLog_->setEnabled(logOn);
-    if (logOn && !trafficLog_.open(appDir_ + "TessarkSrvLog.txt")) throw RuntimeError(75, "Path/File access error");
+    if (logOn && !trafficLog_.open(appDir_ + "TessarkSrvLog.txt"))
+        throw RuntimeError(75, "Path/File access error");
 
     setups_->LoadSetups();
 
@@ -107,7 +115,8 @@ void Server::Timer1_Timer() {
     players_->toEveryPlayer("SYNCRO", "", trap);
     awacs_->toEveryClient("SYNCRO", "", trap);
     const auto& sims = sims_->SimList();
-    for (int i = 1; i <= sims.ubound(); ++i) trap([&] { senders_.SendCommand3("SYNCRO", "", sims[i].Slot); });
+    for (int i = 1; i <= sims.ubound(); ++i)
+        trap([&] { senders_.SendCommand3("SYNCRO", "", sims[i].Slot); });
     senders_.SendCommand4("SYNCRO", "");
 }
 
@@ -131,7 +140,8 @@ void Server::unload() {
     // nothing runs between the sends, so no peer's event can change the lists underneath.
     {
         ErrorTrap trap(*errorLog_, "Form_Unload");
-        auto disconnectAll = [&](SocketArray& sockets, void (Senders::*send)(std::string_view, std::string_view, int16_t)) {
+        auto disconnectAll = [&](SocketArray& sockets,
+                                 void (Senders::*send)(std::string_view, std::string_view, int16_t)) {
             for (int index : sockets.loadedIndices()) {
                 trap([&] {
                     if (sockets.state(index) == SocketElement::Connected)
@@ -170,14 +180,17 @@ void Server::logArrival(std::string_view label, int index, const CommandRec& com
     if (logOn()) WriteLog(trafficLine(label, std::to_string(index), command.Command, command.Data));
 }
 
-Ports Server::ports() const { return {ws1_.port(), ws2_.port(), ws3_.port(), ws5_.port()}; }
+Ports Server::ports() const {
+    return {ws1_.port(), ws2_.port(), ws3_.port(), ws5_.port()};
+}
 
 void Server::flushAllSockets(int budgetMs) {
     QDeadlineTimer budget(budgetMs);
     for (;;) {
         bool pending = ws4_.writeOut();
         for (SocketArray* sockets : {&ws1_, &ws2_, &ws3_})
-            for (int index : sockets->loadedIndices()) pending = sockets->element(index).writeOut() || pending;
+            for (int index : sockets->loadedIndices())
+                pending = sockets->element(index).writeOut() || pending;
         pending = SocketElement::writeOutClosed() || pending;
         if (!pending || budget.hasExpired()) break;
         QThread::msleep(2);

@@ -6,8 +6,8 @@
 #include "net/Senders.h"
 #include "net/SocketArray.h"
 #include "net/SocketElement.h"
-#include "server/StatusDisplay.h"
 #include "server/ErrorLog.h"
+#include "server/StatusDisplay.h"
 #include "server/TrafficLog.h"
 
 #include <QObject>
@@ -33,7 +33,7 @@ struct Ports {
 
 class Server : public QObject {
     Q_OBJECT
-public:
+  public:
     // appDir ends in the directory separator. endProgram is what writing the error log ends
     // with; by default the queued output is flushed and the process exits at once.
     Server(StatusDisplay& display, QString appDir, Ports ports = {}, ErrorLog::EndProgram endProgram = {});
@@ -87,10 +87,10 @@ public:
     // one budget (before the process ends).
     void flushAllSockets(int budgetMs);
 
-signals:
+  signals:
     void finished();
 
-private:
+  private:
     void endProgramNow();
 
     StatusDisplay& display_;

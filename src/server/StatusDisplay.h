@@ -13,7 +13,7 @@ struct PlayerRow {
 enum class MessageIcon { None, Critical, Information };
 
 class StatusDisplay {
-public:
+  public:
     virtual ~StatusDisplay() = default;
     virtual void showPlayers(const std::vector<PlayerRow>& rows) = 0; // TreeView1
     virtual void showAwacsCount(const QString& text) = 0;             // Text1

@@ -10,7 +10,9 @@ TrafficLog::TrafficLog(QObject* parent) : QObject(parent) {
     connect(&flushTimer_, &QTimer::timeout, this, &TrafficLog::flush);
 }
 
-TrafficLog::~TrafficLog() { close(); }
+TrafficLog::~TrafficLog() {
+    close();
+}
 
 bool TrafficLog::open(const QString& path) {
     file_.setFileName(path);

@@ -11,7 +11,7 @@
 // timer, when the buffer grows, and at close.
 class TrafficLog : public QObject {
     Q_OBJECT
-public:
+  public:
     explicit TrafficLog(QObject* parent = nullptr);
     ~TrafficLog() override;
 
@@ -22,7 +22,7 @@ public:
     void flush();
     void close();
 
-private:
+  private:
     QFile file_;
     std::string buffer_;
     QTimer flushTimer_;

@@ -7,7 +7,7 @@
 #include <vector>
 
 template <typename T> class VbList {
-public:
+  public:
     VbList() : items_(1) {}
     // A list with bounds 0..upper, every element default-valued (a "ReDim").
     static VbList withUpperBound(long upper) {
@@ -23,7 +23,9 @@ public:
 
     // The entry at i, or none: for lookups a peer can aim anywhere, which fail without
     // unwinding (the caller raises "Subscript out of range" into its trap).
-    T* find(long i) { return i >= 0 && i < static_cast<long>(items_.size()) ? &items_[static_cast<size_t>(i)] : nullptr; }
+    T* find(long i) {
+        return i >= 0 && i < static_cast<long>(items_.size()) ? &items_[static_cast<size_t>(i)] : nullptr;
+    }
     const T* find(long i) const {
         return i >= 0 && i < static_cast<long>(items_.size()) ? &items_[static_cast<size_t>(i)] : nullptr;
     }
@@ -57,7 +59,7 @@ public:
         return lastRemoved;
     }
 
-private:
+  private:
     size_t checked(long i) const {
         if (i < 0 || i >= static_cast<long>(items_.size())) throw errors::subscriptOutOfRange();
         return static_cast<size_t>(i);

@@ -25,7 +25,7 @@ inline QByteArray repeated(const std::string& message, int n) {
 // A connection that writes and never reads: its side of the stream stops taking bytes once a
 // byte is waiting, so whatever the server sends it piles up at the server.
 class NonReader {
-public:
+  public:
     explicit NonReader(quint16 port) {
         socket_.setReadBufferSize(1);
         socket_.connectToHost(QHostAddress::LocalHost, port);
@@ -38,6 +38,6 @@ public:
     }
     QTcpSocket& socket() { return socket_; }
 
-private:
+  private:
     QTcpSocket socket_;
 };

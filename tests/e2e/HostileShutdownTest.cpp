@@ -34,13 +34,16 @@ TEST_F(HostileShutdown, APeerThatReadsNothingDoesNotKeepTheOthersFromTheirDiscon
     sim->takeAllTexts();
 
     server().exit();
-    for (Peer* peer : {&player, awacs.get(), sim.get()}) EXPECT_THAT(peer->takeTexts(1), testing::ElementsAre("DISCON"));
+    for (Peer* peer : {&player, awacs.get(), sim.get()})
+        EXPECT_THAT(peer->takeTexts(1), testing::ElementsAre("DISCON"));
     EXPECT_EQ(ts_.endsOfProgram(), 0);
     server().exit(); // a second request finds the work done
 }
 
 #if defined(Q_OS_LINUX)
-int openDescriptors() { return static_cast<int>(QDir("/proc/self/fd").entryList(QDir::NoDotAndDotDot).size()); }
+int openDescriptors() {
+    return static_cast<int>(QDir("/proc/self/fd").entryList(QDir::NoDotAndDotDot).size());
+}
 
 TEST_F(HostileShutdown, ConnectionsClosedWhileStillSendingAreBounded) {
     constexpr int kPeers = 100;
@@ -77,7 +80,7 @@ TEST_F(HostileShutdown, AConnectionWhosePeerVanishesIsGivenUpWithinAMinute) {
 #endif
 
 class LoggingOn : public RelayTest {
-protected:
+  protected:
     LoggingOn() : RelayTest(kIniLogOn) {}
 };
 

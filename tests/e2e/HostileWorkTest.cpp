@@ -20,7 +20,7 @@ using ::testing::Not;
 namespace {
 
 class HostileWork : public RelayTest {
-protected:
+  protected:
     // A player that registered; its own registration messages are taken.
     std::unique_ptr<Peer> registeredPlayer(const std::string& name) {
         auto peer = std::make_unique<Peer>(ts_.playerPort());
@@ -38,7 +38,8 @@ protected:
         EXPECT_TRUE(pumpUntil(
             [&] {
                 const auto& inbox = player.inbox();
-                return std::any_of(inbox.begin(), inbox.end(), [](const Message& m) { return m.command == "AWANUM"; });
+                return std::any_of(inbox.begin(), inbox.end(),
+                                   [](const Message& m) { return m.command == "AWANUM"; });
             },
             20s));
         player.takeAllTexts();
@@ -46,7 +47,8 @@ protected:
     int listedOnSlot(int slot) {
         int n = 0;
         const auto& players = server().players().Players();
-        for (int i = 1; i <= players.ubound(); ++i) n += players[i].Slot == slot;
+        for (int i = 1; i <= players.ubound(); ++i)
+            n += players[i].Slot == slot;
         return n;
     }
 };
@@ -101,7 +103,8 @@ TEST_F(HostileWork, RegistrationsAndPlacesAreBoundedPerConnection) {
     EXPECT_EQ(awacsListed(), 4);
     const auto& sims = server().sims().SimList();
     long places = 0;
-    for (int i = 1; i <= sims.ubound(); ++i) places += sims[i].Planes.ubound();
+    for (int i = 1; i <= sims.ubound(); ++i)
+        places += sims[i].Planes.ubound();
     EXPECT_EQ(sims.ubound(), 4);
     EXPECT_LE(places, SimClients::kMaxPlaces);
     // An honest simulator still joins.
@@ -130,9 +133,11 @@ TEST_F(HostileWork, AReaderGetsEveryAnswerWholeAndOneThatStopsReadingHoldsUpNobo
     // A setup far larger than the output cap.
     constexpr int kLines = 200000;
     std::string setup = "Huge\r\n";
-    for (int i = 1; i <= kLines; ++i) setup += "CHKSUM@data\\file" + std::to_string(i) + ".dat@-1234567\r\n";
+    for (int i = 1; i <= kLines; ++i)
+        setup += "CHKSUM@data\\file" + std::to_string(i) + ".dat@-1234567\r\n";
     ts_.writeFile("huge.stp", setup);
-    ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" + ts_.path("huge.stp").toStdString() + "\r\n");
+    ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" +
+                                     ts_.path("huge.stp").toStdString() + "\r\n");
     server().setups().InitSetups();
     server().setups().LoadSetups();
 
@@ -141,7 +146,8 @@ TEST_F(HostileWork, AReaderGetsEveryAnswerWholeAndOneThatStopsReadingHoldsUpNobo
     const auto answer = reader->take(kLines + 2, 60s);
     ASSERT_EQ(answer.size(), static_cast<size_t>(kLines + 2));
     EXPECT_EQ(answer.front().text(), "VLRDIM" + std::to_string(kLines));
-    EXPECT_EQ(answer.at(kLines).text(), "VLSADD" + std::to_string(kLines) + "@CHKSUM@data\\file200000.dat@-1234567");
+    EXPECT_EQ(answer.at(kLines).text(),
+              "VLSADD" + std::to_string(kLines) + "@CHKSUM@data\\file200000.dat@-1234567");
     EXPECT_EQ(answer.back().text(), "VLDONE");
 
     // A player that asks for a hundred huge answers and reads none of them.
@@ -163,7 +169,8 @@ TEST_F(HostileWork, ANulInsideDataNeverReachesAnotherPeersStream) {
 
     // A setup line holding a NUL, as one imported from elsewhere may.
     ts_.writeFile("nul.stp", "Nul\r\nCURSET@BMS" + std::string(1, '\0') + "PLSDEL1\r\n");
-    ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" + ts_.path("nul.stp").toStdString() + "\r\n");
+    ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" +
+                                     ts_.path("nul.stp").toStdString() + "\r\n");
     server().setups().InitSetups();
     server().setups().LoadSetups();
     auto player = std::make_unique<Peer>(ts_.playerPort());

@@ -10,12 +10,17 @@ long thrown = 0;
 extern "C" [[noreturn]] void __cxa_throw(void* exception, void* type, void (*destroy)(void*)) {
     ++thrown;
     using Throw = void (*)(void*, void*, void (*)(void*));
-    static const auto real = reinterpret_cast<Throw>(dlsym(reinterpret_cast<void*>(-1L), "__cxa_throw")); // RTLD_NEXT
+    static const auto real =
+        reinterpret_cast<Throw>(dlsym(reinterpret_cast<void*>(-1L), "__cxa_throw")); // RTLD_NEXT
     real(exception, type, destroy);
     __builtin_unreachable();
 }
 
-extern "C" long tessarkExceptionsThrown() { return thrown; }
+extern "C" long tessarkExceptionsThrown() {
+    return thrown;
+}
 #else
-extern "C" long tessarkExceptionsThrown() { return -1; }
+extern "C" long tessarkExceptionsThrown() {
+    return -1;
+}
 #endif

@@ -32,10 +32,7 @@ void DesktopDialogs::errorBox(QWidget* parent, const QString& text, const QStrin
 }
 
 void DesktopDialogs::unhandledError(QWidget* parent, const RuntimeError& error) {
-    QMessageBox::critical(parent, kProgramTitle,
-                          QString("Run-time error '%1':\n\n%2")
-                              .arg(error.number)
-                              .arg(QString::fromStdString(error.description())));
+    QMessageBox::critical(parent, kProgramTitle, QString::fromStdString(runTimeErrorText(error)));
 }
 
 void DesktopDialogs::endProgram() {

@@ -9,11 +9,6 @@
 class QWidget;
 class Server;
 
-// The program's title, on the boxes that are the program's own rather than a form's: the
-// run-time error box and "The application is allready running.". (The status window's
-// caption is another matter: it carries the version.)
-inline constexpr char kProgramTitle[] = "Tessark Server";
-
 class OperatorDialogs {
   public:
     virtual ~OperatorDialogs() = default;
