@@ -35,6 +35,7 @@ void usage() {
                  "  --player-setups N (0)  players fetch only the first N setups (0: any)\n"
                  "  --attack NAME (none)  one hostile peer for the whole traffic period: %s\n"
                  "  --attack-rate X (1) --attack-start S (4)  scales its batches; when it starts\n"
+                 "  --newcomer-every S (0)  a fresh AWACS client must get its picture within 3 s\n"
                  "  --stop-server       SIGTERM the server (--server-pid) at the end, with every peer still\n"
                  "                      connected, and count the DISCON they get\n"
                  "  --stop-wait S (15)  how long to wait for it to exit\n",
@@ -231,6 +232,11 @@ std::optional<Options> parseOptions(int argc, char** argv) {
          [&](const char* v) {
              o.attackStart = std::atof(v);
              return o.attackStart >= 0;
+         }},
+        {"--newcomer-every",
+         [&](const char* v) {
+             o.newcomerEvery = std::atof(v);
+             return o.newcomerEvery >= 0;
          }},
         {"--stop-wait",
          [&](const char* v) {

@@ -34,6 +34,7 @@ struct Options {
     std::string attack = "none"; // one hostile peer (see Attack.h), or none
     double attackRate = 1;       // scales the attack's batches
     double attackStart = 4;      // seconds into the run, once everyone has joined
+    double newcomerEvery = 0;    // a fresh AWACS client tries to join this often (0: never)
     bool stopServer = false;     // SIGTERM the server at the end while every peer is connected
     double stopWait = 15;        // seconds to wait for it to exit
     uint64_t seed = 1;

@@ -117,6 +117,11 @@ int Squadron::finalReport() {
                         (ull)f.roundsCut, (ull)f.roundsOpen);
         std::printf("\n");
     }
+    if (newcomers_.tried() > 0)
+        std::printf(
+            "newcomers: %llu of %llu AWACS clients got their picture within 3 s (p50 %.1f ms, max %.1f ms)\n",
+            (ull)newcomers_.joined(), (ull)newcomers_.tried(), newcomers_.joinTime().percentile(0.5) / 1e6,
+            double(newcomers_.joinTime().max()) / 1e6);
     if (o.stopServer && !stopSent_) {
         std::printf("SIGTERM at the end: not sent, the server was gone\n");
     } else if (o.stopServer) {
@@ -157,13 +162,14 @@ int Squadron::finalReport() {
         std::printf("  AI Spy  : sessions %llu  AIUPDT %llu  SYNCRO %llu\n", (ull)ai_->sessions(),
                     (ull)ai_->updates(), (ull)ai_->syncro());
 
+    const bool newcomersIn = newcomers_.joined() == newcomers_.tried();
     const bool stoppedWell =
         !o.stopServer || (stopSent_ && shutdownS_ >= 0 && ctx_.shutdownNotices == noticesOwed_);
     const bool clean = loss.missingOther == 0 && loss.dupReorder == 0 && an.corrupt == 0 &&
                        an.unknownStream == 0 && an.unannounced == 0 && an.wrongNumber == 0 &&
                        an.unexpectedClose == 0 && an.connectFailed == 0 && an.injected == 0 &&
                        replies.bad == 0 && replies.timedOut == 0 && (!probe_.enabled() || probe_.alive()) &&
-                       stoppedWell;
+                       stoppedWell && newcomersIn;
     std::printf(
         "{\"tool\":\"squadron\",\"duration_s\":%.0f,\"players\":%d,\"awacs\":%d,\"stalled\":%d,\"sims\":%d,"
         "\"ai\":%s,"
@@ -198,12 +204,15 @@ int Squadron::finalReport() {
         "\"attack_peak_open\":%llu,\"rounds_whole\":%llu,\"rounds_cut\":%llu,\"rounds_open\":%llu,"
         "\"injected\":%llu,\"hostile_ailoca\":%llu,\"indata_received\":%llu,\"server_cpu_s\":%.2f,"
         "\"server_cpu_peak\":%.2f,\"stop_asked\":%s,\"shutdown_s\":%.2f,\"notices_owed\":%llu,"
-        "\"notices_got\":%llu,\"clean\":%s}\n",
+        "\"notices_got\":%llu,\"newcomers_tried\":%llu,\"newcomers_joined\":%llu,\"newcomer_join_max_ms\":%."
+        "1f,"
+        "\"clean\":%s}\n",
         o.attack.c_str(), (ull)af.connections, (ull)af.closedByServer, (ull)af.writes, (ull)af.heldBack,
         (ull)af.bytes, (ull)af.messages, (ull)af.peakOpen, (ull)af.roundsWhole, (ull)af.roundsCut,
         (ull)af.roundsOpen, (ull)an.injected, (ull)ctx_.hostileAiloca, (ull)ctx_.tally.receivedOf("INDATA"),
         server.end.cpuS - server.start.cpuS, server.cpuPeakShare, stopSent_ ? "true" : "false", shutdownS_,
-        (ull)noticesOwed_, (ull)ctx_.shutdownNotices, clean ? "true" : "false");
+        (ull)noticesOwed_, (ull)ctx_.shutdownNotices, (ull)newcomers_.tried(), (ull)newcomers_.joined(),
+        double(newcomers_.joinTime().max()) / 1e6, clean ? "true" : "false");
     std::fflush(stdout);
     return clean ? 0 : 1;
 }

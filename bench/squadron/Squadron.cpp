@@ -7,7 +7,7 @@ namespace {
 constexpr int kSlots = 48;
 }
 
-Squadron::Squadron(const Options& options) : ctx_(options), probe_(options.serverPid) {
+Squadron::Squadron(const Options& options) : ctx_(options), newcomers_(ctx_), probe_(options.serverPid) {
     const Options& o = ctx_.opt;
     for (int i = 0; i < o.players; ++i)
         players_.push_back(std::make_unique<PlayerPeer>(ctx_, i));
@@ -219,6 +219,7 @@ int Squadron::run() {
         ctx_.loop.at(ctx_.runStart + ctx_.seconds(o.attackStart), [this] { attack_->start(); });
         ctx_.loop.at(ctx_.trafficEnd, [this] { attack_->endTraffic(); });
     }
+    ctx_.loop.at(ctx_.runStart + ctx_.seconds(o.attackStart), [this] { newcomers_.start(); });
     sample();
     ctx_.loop.after(ctx_.seconds(o.reportEvery), [this] { periodicReport(); });
     ctx_.loop.runUntil(ctx_.trafficEnd + ctx_.seconds(o.drain));
@@ -226,6 +227,7 @@ int Squadron::run() {
     if (o.stopServer) stopServer();
     const int status = finalReport();
     if (attack_) attack_->stop();
+    newcomers_.stop();
     for (auto& p : players_)
         p->stop();
     for (auto& a : awacs_)

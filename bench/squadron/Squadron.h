@@ -5,6 +5,7 @@
 #include "Attack.h"
 #include "AwacsPeer.h"
 #include "Context.h"
+#include "NewcomerProbe.h"
 #include "PlayerPeer.h"
 #include "RoguePeer.h"
 #include "ServerProbe.h"
@@ -42,6 +43,7 @@ class Squadron {
     std::vector<std::unique_ptr<RoguePeer>> rogues_;
     std::map<std::string, int> rogueCounts_;
     std::unique_ptr<Attack> attack_;
+    NewcomerProbe newcomers_;
     ServerProbe probe_;
     // The shutdown at the end (--stop-server): notices owed to the peers present, and how long
     // the server took to exit (-1: still there after --stop-wait).

@@ -25,8 +25,10 @@ mkdir -p "$results"
 
 # The evening of soak.sh without its own misbehaving peers, its stalled AWACS client or the
 # simulator churn (a hostile SIM client takes a slot, which moves the simulators' records);
-# the players keep to the two small setups, so that only the hostile peer fetches the large one.
-common=(--rogues none --stalled 0 --sim-churn-s 0 --player-setups 2 --report-every 5 --attack-rate "$rate")
+# the players keep to the two small setups, so that only the hostile peer fetches the large one;
+# every second a newcomer AWACS client checks that one can still join.
+common=(--rogues none --stalled 0 --sim-churn-s 0 --player-setups 2 --newcomer-every 1 --report-every 5
+        --attack-rate "$rate")
 
 echo "hostile: ${duration}s per run, server descriptors $SERVER_FDS, results in $results"
 for name in none "${attacks[@]}"; do
@@ -60,6 +62,7 @@ jq -s -r '
       (if (.replies_wrong // 1) + (.replies_missing // 1) > 0 then "replies" else empty end),
       (if (.injected // 1) > 0 then "injected" else empty end),
       (if (.notices_got // 0) < (.notices_owed // 1) then "DISCON" else empty end),
+      (if (.newcomers_joined // 0) < (.newcomers_tried // 1) then "newcomers" else empty end),
       (if .run == "bigread" and ((.rounds_cut // 1) > 0 or (.rounds_whole // 0) == 0) then "cut replies" else empty end)
     ] | if length == 0 then "ok" else join(", ") end;
   def hostile:
@@ -68,9 +71,9 @@ jq -s -r '
     elif .run == "churn" then "\(.attack_connections) sessions, \(.attack_held_back) held back"
     else "\(.attack_messages) cmds, \(.attack_writes) writes, \(.attack_held_back) held back" end;
   def stop: if .server_exit == "exit 0" then "exit 0, \(.shutdown_s) s" else .server_exit end;
-  "| run | INDATA owed | received | missing | INDATA/s | p99 ms | replies ok/wrong/missing | peak RSS MiB | CPU s | fds peak | alive | SIGTERM | DISCON got/owed | injected | hostile peer | verdict |",
-  "|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|",
-  (.[] | "| \(if .run == "none" then "baseline" else .run end) | \(.owed) | \(.owed_received) | \(.missing_other)+\(.missing_split) | \(.indata_per_s) | \(.indata_p99_us | ms) | \(.replies_ok)/\(.replies_wrong)/\(.replies_missing) | \(.vmhwm_kb | mib) | \(.server_cpu_s) | \(.fds_peak) | \(.server_alive) | \(stop) | \(.notices_got)/\(.notices_owed) | \(.injected) | \(hostile) | \(fails) |")
+  "| run | INDATA owed | received | missing | INDATA/s | p99 ms | replies ok/wrong/missing | peak RSS MiB | CPU s | fds peak | alive | SIGTERM | DISCON got/owed | newcomers in | injected | hostile peer | verdict |",
+  "|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|",
+  (.[] | "| \(if .run == "none" then "baseline" else .run end) | \(.owed) | \(.owed_received) | \(.missing_other)+\(.missing_split) | \(.indata_per_s) | \(.indata_p99_us | ms) | \(.replies_ok)/\(.replies_wrong)/\(.replies_missing) | \(.vmhwm_kb | mib) | \(.server_cpu_s) | \(.fds_peak) | \(.server_alive) | \(stop) | \(.notices_got)/\(.notices_owed) | \(.newcomers_joined)/\(.newcomers_tried) | \(.injected) | \(hostile) | \(fails) |")
 ' "$results/runs.jsonl"
 if grep -q '"server_said":"[^"]' "$results/runs.jsonl"; then
     echo
