@@ -16,6 +16,8 @@ namespace airecords {
 
 constexpr size_t kRecordChars = 60;
 constexpr size_t kConvertedChars = 28;
+// The aircraft name of a hostile AI Spy's records: AWACS clients set its AILOCA apart.
+constexpr std::string_view kHostileName = "HOSTILE";
 
 // The data of one AIUPDT (without the command word): `aircraft` records.
 std::string buildUpdate(int stream, uint32_t seq, int aircraft, uint64_t sentAtUs);

@@ -8,6 +8,7 @@ AiSpyPeer::AiSpyPeer(Context& ctx)
     : ctx_(ctx), conn_(ctx.loop, Conn::Callbacks{[this] { onConnected(); },
                                                  [this](std::string_view m) {
                                                      ctx_.tally.received(m);
+                                                     ctx_.screen(Port::Ai, m);
                                                      if (m.substr(0, 6) == "SYNCRO") ++syncro_;
                                                  },
                                                  [this] {

@@ -90,6 +90,7 @@ void AwacsPeer::onClosed() {
 void AwacsPeer::onMessage(std::string_view m) {
     if (stalled_) return;
     ctx_.tally.received(m);
+    ctx_.screen(Port::Awacs, m);
     std::string_view command = m.substr(0, 6), data = m.size() > 6 ? m.substr(6) : std::string_view();
     const int64_t now = nowNs();
     if (command == "INDATA") {
@@ -143,6 +144,10 @@ void AwacsPeer::onIndata(std::string_view data, int64_t now) {
 
 void AwacsPeer::onAiloca(std::string_view data, int64_t now) {
     ++ailoca_;
+    if (data.substr(0, airecords::kHostileName.size()) == airecords::kHostileName) {
+        ++ctx_.hostileAiloca;
+        return;
+    }
     auto parsed = airecords::parseConverted(data, ctx_.opt.aiAircraft);
     if (parsed.outcome == airecords::Parsed::Corrupt) {
         ++ctx_.anomalies.corrupt;

@@ -5,11 +5,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 namespace {
-constexpr size_t kWriteChunk = 16 * 1024;
 constexpr size_t kReadChunk = 64 * 1024;
 constexpr size_t kInputCap = 16 * 1024 * 1024; // a "message" longer than this is thrown away
 } // namespace
@@ -23,6 +23,7 @@ bool Conn::open(const sockaddr_in& address, int receiveBuffer) {
     fd_ = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (fd_ < 0) return false;
     if (receiveBuffer > 0) setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+    if (maxSegment_ > 0) setsockopt(fd_, IPPROTO_TCP, TCP_MAXSEG, &maxSegment_, sizeof maxSegment_);
     int one = 1;
     setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
     int r = connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
@@ -50,6 +51,17 @@ void Conn::close() {
     pending_.clear();
     in_.clear();
     reading_ = true;
+    shutdownPending_ = false;
+}
+
+void Conn::shutdownWrite() {
+    if (fd_ < 0) return;
+    shutdownPending_ = true;
+    if (connected_) flush();
+}
+
+void Conn::pull(size_t maxBytes) {
+    if (fd_ >= 0 && connected_ && maxBytes > 0) readSome(maxBytes);
 }
 
 void Conn::fail() {
@@ -85,7 +97,7 @@ void Conn::flush() {
     while (fd_ >= 0 && written_ < queued_) {
         // End the piece on the last message boundary within the chunk (or cut a message that
         // is itself bigger than a chunk).
-        uint64_t limit = written_ + kWriteChunk;
+        uint64_t limit = written_ + writeChunk_;
         uint64_t end = 0;
         for (const Pending& p : pending_) {
             if (p.end <= written_) continue;
@@ -119,13 +131,17 @@ void Conn::flush() {
     if (written_ == queued_) {
         out_.clear();
         outOffset_ = 0;
+        if (shutdownPending_ && fd_ >= 0) {
+            shutdownPending_ = false;
+            ::shutdown(fd_, SHUT_WR);
+        }
     }
     updateInterest();
 }
 
-void Conn::readSome() {
+void Conn::readSome(size_t maxBytes) {
     char buf[kReadChunk];
-    ssize_t n = ::read(fd_, buf, sizeof buf);
+    ssize_t n = ::read(fd_, buf, std::min(sizeof buf, maxBytes));
     if (n == 0 || (n < 0 && errno != EAGAIN && errno != EINTR)) {
         fail();
         return;
@@ -163,7 +179,7 @@ void Conn::onEvents(uint32_t events) {
         if (fd_ >= 0 && written_ < queued_) flush();
         return;
     }
-    if ((events & EPOLLIN) && reading_) readSome();
+    if ((events & EPOLLIN) && reading_) readSome(kReadChunk);
     if (fd_ < 0) return;
     if (events & EPOLLOUT) flush();
     if (fd_ < 0) return;

@@ -45,6 +45,18 @@ class Conn : public FdHandler {
     // msg is the whole message with its NUL; raw bytes are queued as one piece.
     void send(std::string_view msg, SendTag tag = {});
     void setReading(bool on);
+    // Reads at most maxBytes of what has arrived, whether or not reading is on (a peer that
+    // reads slowly switches reading off and pulls on a timer).
+    void pull(size_t maxBytes);
+    // Pieces written to the system are at most this long (16 KiB unless changed): a hostile
+    // peer hands a whole batch to one write.
+    void setWriteChunk(size_t bytes) { writeChunk_ = bytes; }
+    // Before open(): the largest segment this end accepts. Small segments keep what the
+    // server's system buffers for the connection small, so its own queue holds the rest.
+    void setMaxSegment(int bytes) { maxSegment_ = bytes; }
+    // Half-close once everything queued is written: the server sees the close, while this end
+    // stays open (and, without reading, keeps the server's output waiting).
+    void shutdownWrite();
     // Closes at once; unsent output is thrown away.
     void close();
     size_t queuedBytes() const { return size_t(queued_ - written_); }
@@ -58,7 +70,7 @@ class Conn : public FdHandler {
         SendTag tag;
     };
     void flush();
-    void readSome();
+    void readSome(size_t maxBytes);
     void updateInterest();
     void fail();
 
@@ -67,6 +79,9 @@ class Conn : public FdHandler {
     int fd_ = -1;
     bool connected_ = false;
     bool reading_ = true;
+    bool shutdownPending_ = false;
+    size_t writeChunk_ = 16 * 1024;
+    int maxSegment_ = 0;
     uint32_t interest_ = 0;
     std::string out_;
     size_t outOffset_ = 0;

@@ -7,7 +7,7 @@
 
 namespace {
 
-sockaddr_in address(const std::string& host, int port) {
+sockaddr_in loopbackAddress(const std::string& host, int port) {
     sockaddr_in a{};
     a.sin_family = AF_INET;
     a.sin_port = htons(uint16_t(port));
@@ -26,8 +26,56 @@ bool number(std::string_view& s, uint64_t& v) {
 
 Context::Context(const Options& o)
     : opt(o), ledger(int64_t(o.marginMs * 1e6), int64_t(o.marginMs * 1e6)), rng(o.seed),
-      playerAddr(address(o.host, o.playerPort)), awacsAddr(address(o.host, o.awacsPort)),
-      simAddr(address(o.host, o.simPort)), aiAddr(address(o.host, o.aiPort)) {}
+      playerAddr(loopbackAddress(o.host, o.playerPort)), awacsAddr(loopbackAddress(o.host, o.awacsPort)),
+      simAddr(loopbackAddress(o.host, o.simPort)), aiAddr(loopbackAddress(o.host, o.aiPort)) {}
+
+const sockaddr_in& Context::address(Port port) const {
+    switch (port) {
+    case Port::Player:
+        return playerAddr;
+    case Port::Awacs:
+        return awacsAddr;
+    case Port::Sim:
+        return simAddr;
+    case Port::Ai:
+        break;
+    }
+    return aiAddr;
+}
+
+bool Context::serverSends(Port port, std::string_view command) {
+    static constexpr std::string_view player[] = {"PLSNEW", "PLSDEL", "PLSUPD", "PLRDIM", "PLSADD", "PLDONE",
+                                                  "AWANUM", "SIMNUM", "SLRDIM", "SLSADD", "SLDONE", "VLRDIM",
+                                                  "VLSADD", "VLDONE", "ERRRDM", "ERRADD", "ERRDON", "SYNCRO"};
+    static constexpr std::string_view awacs[] = {"NEWCLT", "DELCLT", "INDATA", "AILOCA", "SYNCRO"};
+    if (command == "SYNCRO") return true;
+    switch (port) {
+    case Port::Player:
+        for (auto c : player)
+            if (c == command) return true;
+        return false;
+    case Port::Awacs:
+        for (auto c : awacs)
+            if (c == command) return true;
+        return false;
+    case Port::Sim:
+    case Port::Ai:
+        break;
+    }
+    return false;
+}
+
+void Context::screen(Port port, std::string_view command) {
+    command = command.substr(0, 6);
+    if (command == (port == Port::Ai ? "CLOSE1" : "DISCON")) {
+        if (stopping)
+            ++shutdownNotices;
+        else
+            ++anomalies.injected;
+    } else if (!serverSends(port, command)) {
+        ++anomalies.injected;
+    }
+}
 
 int Context::openStream(char kind, const std::string& owner) {
     int id = ledger.openStream(nowNs());

@@ -46,7 +46,10 @@ struct Anomalies {
     uint64_t aiMerged = 0;        // two AI Spy updates read together (dropped by design)
     uint64_t unexpectedClose = 0; // the server closed a well-behaved peer
     uint64_t connectFailed = 0;
+    uint64_t injected = 0; // a message the server never sends there, or DISCON/CLOSE1 before shutdown
 };
+
+enum class Port { Player, Awacs, Sim, Ai };
 
 struct StreamOwner {
     char kind;        // 'P' player, 'S' simulator airplane, 'A' AI Spy
@@ -71,8 +74,17 @@ struct Context {
     uint64_t indataOwnedByRun = 0;   // INDATA received that carried a stamp of this run
     uint64_t indataInWindow = 0;     // of those, received between measureFrom and trafficEnd
     uint64_t churned = 0, rejoined = 0;
+    uint64_t hostileAiloca = 0;   // AILOCA converted from a hostile AI Spy's records (not ours)
+    bool stopping = false;        // the server was asked to shut down
+    uint64_t shutdownNotices = 0; // DISCON (CLOSE1 for the AI Spy) received after that
 
     bool sending() const { return nowNs() < trafficEnd; }
+    const sockaddr_in& address(Port port) const;
+    // Whether the server ever sends this command on that port during a run.
+    static bool serverSends(Port port, std::string_view command);
+    // Every message a well-behaved peer receives passes here: anything the server never sends
+    // there, and a DISCON or CLOSE1 before shutdown, was injected into the stream.
+    void screen(Port port, std::string_view command);
     double uniform(double a, double b) { return std::uniform_real_distribution<double>(a, b)(rng); }
     int pick(int n) { return int(std::uniform_int_distribution<int>(0, n - 1)(rng)); }
     int64_t seconds(double s) const { return int64_t(s * 1e9); }

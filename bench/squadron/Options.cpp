@@ -1,5 +1,7 @@
 #include "Options.h"
 
+#include "Attack.h"
+
 #include <arpa/inet.h>
 
 #include <cstdio>
@@ -29,7 +31,15 @@ void usage() {
                  "  --server-pid PID    sample the server's memory and descriptors\n"
                  "  --sample-every S (1) --report-every S (10) --measure-after S (0) --margin-ms MS (300)\n"
                  "  --warm-up S         when the server's memory counts as warmed up (min(150, duration/2))\n"
-                 "  --reply-timeout S (5) --seed N (1) --quiet --verbose\n");
+                 "  --reply-timeout S (5) --seed N (1) --quiet --verbose\n"
+                 "  --player-setups N (0)  players fetch only the first N setups (0: any)\n"
+                 "  --attack NAME (none)  one hostile peer for the whole traffic period: %s\n"
+                 "  --attack-rate X (1) --attack-start S (4)  scales its batches; when it starts\n"
+                 "  --newcomer-every S (0)  a fresh AWACS client must get its picture within 3 s\n"
+                 "  --stop-server       SIGTERM the server (--server-pid) at the end, with every peer still\n"
+                 "                      connected, and count the DISCON they get\n"
+                 "  --stop-wait S (15)  how long to wait for it to exit\n",
+                 attackNamesText().c_str());
 }
 
 bool pair(const char* text, double& a, double& b) {
@@ -203,6 +213,36 @@ std::optional<Options> parseOptions(int argc, char** argv) {
              o.replyTimeout = std::atof(v);
              return o.replyTimeout > 0;
          }},
+        {"--player-setups",
+         [&](const char* v) {
+             o.playerSetups = std::atoi(v);
+             return o.playerSetups >= 0;
+         }},
+        {"--attack",
+         [&](const char* v) {
+             o.attack = v;
+             return o.attack == "none" || isAttackName(o.attack);
+         }},
+        {"--attack-rate",
+         [&](const char* v) {
+             o.attackRate = std::atof(v);
+             return o.attackRate > 0 && o.attackRate <= 100;
+         }},
+        {"--attack-start",
+         [&](const char* v) {
+             o.attackStart = std::atof(v);
+             return o.attackStart >= 0;
+         }},
+        {"--newcomer-every",
+         [&](const char* v) {
+             o.newcomerEvery = std::atof(v);
+             return o.newcomerEvery >= 0;
+         }},
+        {"--stop-wait",
+         [&](const char* v) {
+             o.stopWait = std::atof(v);
+             return o.stopWait > 0;
+         }},
         {"--seed",
          [&](const char* v) {
              o.seed = std::strtoull(v, nullptr, 10);
@@ -217,6 +257,8 @@ std::optional<Options> parseOptions(int argc, char** argv) {
             o.quiet = true;
         else if (arg == "--verbose")
             o.verbose = true;
+        else if (arg == "--stop-server")
+            o.stopServer = true;
         else if (arg == "--help" || arg == "-h") {
             usage();
             return std::nullopt;
@@ -230,6 +272,10 @@ std::optional<Options> parseOptions(int argc, char** argv) {
             usage();
             return std::nullopt;
         }
+    }
+    if (o.stopServer && o.serverPid <= 0) {
+        std::fprintf(stderr, "squadron: --stop-server needs --server-pid\n");
+        return std::nullopt;
     }
     in_addr a{};
     if (inet_pton(AF_INET, o.host.c_str(), &a) != 1 || (ntohl(a.s_addr) >> 24) != 127) {

@@ -30,6 +30,13 @@ struct Options {
     double warmUp = -1;      // server memory "after warm-up" is read here (default min(150, duration/2))
     double marginMs = 300;
     double replyTimeout = 5;
+    int playerSetups = 0;        // players pick among the first N setups (0: all of them)
+    std::string attack = "none"; // one hostile peer (see Attack.h), or none
+    double attackRate = 1;       // scales the attack's batches
+    double attackStart = 4;      // seconds into the run, once everyone has joined
+    double newcomerEvery = 0;    // a fresh AWACS client tries to join this often (0: never)
+    bool stopServer = false;     // SIGTERM the server at the end while every peer is connected
+    double stopWait = 15;        // seconds to wait for it to exit
     uint64_t seed = 1;
     bool quiet = false;
     bool verbose = false;

@@ -99,7 +99,9 @@ void PlayerPeer::step(int epoch) {
         return;
     case OneSetup:
         if (check_.setupCount() > 0) {
-            send("GETVLO", std::to_string(1 + ctx_.pick(check_.setupCount())));
+            int offered = check_.setupCount();
+            if (ctx_.opt.playerSetups > 0) offered = std::min(offered, ctx_.opt.playerSetups);
+            send("GETVLO", std::to_string(1 + ctx_.pick(offered)));
             awaitReply(ReplyCheck::Kind::Setup);
             return;
         }
@@ -156,7 +158,9 @@ void PlayerPeer::settle(ReplyCheck::Result r) {
 
 void PlayerPeer::onMessage(std::string_view m) {
     ctx_.tally.received(m);
+    ctx_.screen(Port::Player, m);
     std::string_view command = m.substr(0, 6), data = m.size() > 6 ? m.substr(6) : std::string_view();
+    if (command == "DISCON") return;
     if (command == "SYNCRO") {
         ++counts_.syncro;
         return;

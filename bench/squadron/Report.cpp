@@ -33,6 +33,15 @@ std::string tallyJson(const std::map<std::string, uint64_t, std::less<>>& m) {
     return s + "}";
 }
 
+std::string bytesText(uint64_t bytes) {
+    char s[32];
+    if (bytes < 1000000)
+        std::snprintf(s, sizeof s, "%.1f kB", double(bytes) / 1e3);
+    else
+        std::snprintf(s, sizeof s, "%.1f MB", double(bytes) / 1e6);
+    return s;
+}
+
 } // namespace
 
 int Squadron::finalReport() {
@@ -91,6 +100,41 @@ int Squadron::finalReport() {
                     double(probe_.hwmKb()) / 1024, server.start.fds, server.fdsPeak, server.end.fds,
                     probe_.alive() ? "alive" : "GONE");
 
+    if (probe_.enabled())
+        std::printf("server CPU: %.2f s over the run, at most %.0f %% of a core over one sample\n",
+                    server.end.cpuS - server.start.cpuS, 100 * server.cpuPeakShare);
+    std::printf("injected into well-behaved peers' streams: %llu; AILOCA from a hostile AI Spy: %llu\n",
+                (ull)an.injected, (ull)ctx_.hostileAiloca);
+    if (attack_) {
+        const AttackFigures& f = attack_->figures();
+        std::printf(
+            "hostile peer %s: connections %llu (at most %llu open, %llu closed by the server), writes %llu "
+            "(%llu held back), %s, %llu commands",
+            o.attack.c_str(), (ull)f.connections, (ull)f.peakOpen, (ull)f.closedByServer, (ull)f.writes,
+            (ull)f.heldBack, bytesText(f.bytes).c_str(), (ull)f.messages);
+        if (o.attack == "bigread")
+            std::printf("; replies whole %llu, cut %llu, unfinished %llu", (ull)f.roundsWhole,
+                        (ull)f.roundsCut, (ull)f.roundsOpen);
+        std::printf("\n");
+    }
+    if (newcomers_.tried() > 0)
+        std::printf(
+            "newcomers: %llu of %llu AWACS clients got their picture within 3 s (p50 %.1f ms, max %.1f ms)\n",
+            (ull)newcomers_.joined(), (ull)newcomers_.tried(), newcomers_.joinTime().percentile(0.5) / 1e6,
+            double(newcomers_.joinTime().max()) / 1e6);
+    if (o.stopServer && !stopSent_) {
+        std::printf("SIGTERM at the end: not sent, the server was gone\n");
+    } else if (o.stopServer) {
+        if (shutdownS_ >= 0)
+            std::printf(
+                "SIGTERM at the end: gone after %.2f s; DISCON/CLOSE1 received by %llu of %llu peers\n",
+                shutdownS_, (ull)ctx_.shutdownNotices, (ull)noticesOwed_);
+        else
+            std::printf(
+                "SIGTERM at the end: still running after %.0f s; DISCON/CLOSE1 received by %llu of %llu "
+                "peers\n",
+                o.stopWait, (ull)ctx_.shutdownNotices, (ull)noticesOwed_);
+    }
     std::printf("per peer:\n");
     for (auto& a : awacs_) {
         if (a->stalled()) {
@@ -118,10 +162,14 @@ int Squadron::finalReport() {
         std::printf("  AI Spy  : sessions %llu  AIUPDT %llu  SYNCRO %llu\n", (ull)ai_->sessions(),
                     (ull)ai_->updates(), (ull)ai_->syncro());
 
+    const bool newcomersIn = newcomers_.joined() == newcomers_.tried();
+    const bool stoppedWell =
+        !o.stopServer || (stopSent_ && shutdownS_ >= 0 && ctx_.shutdownNotices == noticesOwed_);
     const bool clean = loss.missingOther == 0 && loss.dupReorder == 0 && an.corrupt == 0 &&
                        an.unknownStream == 0 && an.unannounced == 0 && an.wrongNumber == 0 &&
-                       an.unexpectedClose == 0 && an.connectFailed == 0 && replies.bad == 0 &&
-                       replies.timedOut == 0 && (!probe_.enabled() || probe_.alive());
+                       an.unexpectedClose == 0 && an.connectFailed == 0 && an.injected == 0 &&
+                       replies.bad == 0 && replies.timedOut == 0 && (!probe_.enabled() || probe_.alive()) &&
+                       stoppedWell && newcomersIn;
     std::printf(
         "{\"tool\":\"squadron\",\"duration_s\":%.0f,\"players\":%d,\"awacs\":%d,\"stalled\":%d,\"sims\":%d,"
         "\"ai\":%s,"
@@ -136,7 +184,7 @@ int Squadron::finalReport() {
         "%s,"
         "\"rss_start_kb\":%llu,\"rss_warm_kb\":%llu,\"rss_peak_kb\":%llu,\"rss_end_kb\":%llu,\"vmhwm_kb\":%"
         "llu,"
-        "\"fds_start\":%d,\"fds_peak\":%d,\"fds_end\":%d,\"clean\":%s}\n",
+        "\"fds_start\":%d,\"fds_peak\":%d,\"fds_end\":%d,",
         o.duration, o.players, o.awacs, o.stalled, o.sims, ai_ ? "true" : "false", o.rogues.c_str(),
         tallyJson(ctx_.tally.sentByCommand()).c_str(), tallyJson(ctx_.tally.receivedByCommand()).c_str(),
         (ull)loss.owed, (ull)loss.received, (ull)loss.missingSplit, (ull)loss.missingOther,
@@ -148,7 +196,23 @@ int Squadron::finalReport() {
         ctx_.aiLatency.percentile(0.99) / 1e3, (ull)ctx_.churned, probe_.enabled() ? "true" : "false",
         probe_.alive() ? "true" : "false", (ull)server.start.rssKb, (ull)server.warm.rssKb,
         (ull)server.peak.rssKb, (ull)server.end.rssKb, (ull)probe_.hwmKb(), server.start.fds, server.fdsPeak,
-        server.end.fds, clean ? "true" : "false");
+        server.end.fds);
+    const AttackFigures af = attack_ ? attack_->figures() : AttackFigures{};
+    std::printf(
+        "\"attack\":\"%s\",\"attack_connections\":%llu,\"attack_closed_by_server\":%llu,"
+        "\"attack_writes\":%llu,\"attack_held_back\":%llu,\"attack_bytes\":%llu,\"attack_messages\":%llu,"
+        "\"attack_peak_open\":%llu,\"rounds_whole\":%llu,\"rounds_cut\":%llu,\"rounds_open\":%llu,"
+        "\"injected\":%llu,\"hostile_ailoca\":%llu,\"indata_received\":%llu,\"server_cpu_s\":%.2f,"
+        "\"server_cpu_peak\":%.2f,\"stop_asked\":%s,\"shutdown_s\":%.2f,\"notices_owed\":%llu,"
+        "\"notices_got\":%llu,\"newcomers_tried\":%llu,\"newcomers_joined\":%llu,\"newcomer_join_max_ms\":%."
+        "1f,"
+        "\"clean\":%s}\n",
+        o.attack.c_str(), (ull)af.connections, (ull)af.closedByServer, (ull)af.writes, (ull)af.heldBack,
+        (ull)af.bytes, (ull)af.messages, (ull)af.peakOpen, (ull)af.roundsWhole, (ull)af.roundsCut,
+        (ull)af.roundsOpen, (ull)an.injected, (ull)ctx_.hostileAiloca, (ull)ctx_.tally.receivedOf("INDATA"),
+        server.end.cpuS - server.start.cpuS, server.cpuPeakShare, stopSent_ ? "true" : "false", shutdownS_,
+        (ull)noticesOwed_, (ull)ctx_.shutdownNotices, (ull)newcomers_.tried(), (ull)newcomers_.joined(),
+        double(newcomers_.joinTime().max()) / 1e6, clean ? "true" : "false");
     std::fflush(stdout);
     return clean ? 0 : 1;
 }

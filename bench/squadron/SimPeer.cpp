@@ -7,6 +7,7 @@ SimPeer::SimPeer(Context& ctx, int index)
       conn_(ctx.loop, Conn::Callbacks{[this] { onConnected(); },
                                       [this](std::string_view m) {
                                           ctx_.tally.received(m);
+                                          ctx_.screen(Port::Sim, m);
                                           if (m.substr(0, 6) == "SYNCRO") ++syncro_;
                                       },
                                       [this] { onClosed(); },

@@ -1,12 +1,13 @@
 #include "Squadron.h"
 
+#include <csignal>
 #include <cstdio>
 
 namespace {
 constexpr int kSlots = 48;
 }
 
-Squadron::Squadron(const Options& options) : ctx_(options), probe_(options.serverPid) {
+Squadron::Squadron(const Options& options) : ctx_(options), newcomers_(ctx_), probe_(options.serverPid) {
     const Options& o = ctx_.opt;
     for (int i = 0; i < o.players; ++i)
         players_.push_back(std::make_unique<PlayerPeer>(ctx_, i));
@@ -14,7 +15,8 @@ Squadron::Squadron(const Options& options) : ctx_(options), probe_(options.serve
         awacs_.push_back(std::make_unique<AwacsPeer>(ctx_, i, i >= o.awacs));
     for (int i = 0; i < o.sims; ++i)
         sims_.push_back(std::make_unique<SimPeer>(ctx_, i));
-    if (o.aiSpy) ai_ = std::make_unique<AiSpyPeer>(ctx_);
+    if (o.aiSpy && !attackTakesAiSpy(o.attack)) ai_ = std::make_unique<AiSpyPeer>(ctx_);
+    if (o.attack != "none") attack_ = makeAttack(ctx_, o.attack);
     // Players and airplanes share the numbers 1..48, and a rogue on the player port takes one.
     const int numbers =
         o.players + o.sims * std::min(o.simPlanes, o.simPlaces) + (o.rogues != "none" ? 1 : 0);
@@ -104,7 +106,7 @@ void Squadron::spawnRogue() {
 }
 
 void Squadron::sample() {
-    if (!probe_.enabled()) return;
+    if (!probe_.enabled() || ctx_.stopping) return;
     if (!probe_.sample(secondsSinceStart())) {
         std::fprintf(stderr, "squadron: the server (pid %d) is gone at %.1f s\n", ctx_.opt.serverPid,
                      secondsSinceStart());
@@ -177,6 +179,28 @@ void Squadron::churnAiSpy() {
     ctx_.loop.after(ctx_.seconds(ctx_.uniform(0.5, 1.5) * ctx_.opt.aiChurnS), [this] { churnAiSpy(); });
 }
 
+// SIGTERM while every peer, hostile or not, is still connected: each well-behaved one is owed
+// a DISCON (the AI Spy a CLOSE1), and the server should be gone within a few seconds.
+void Squadron::stopServer() {
+    if (!probe_.running()) return;
+    for (auto& p : players_)
+        noticesOwed_ += p->present() ? 1 : 0;
+    for (auto& a : awacs_)
+        noticesOwed_ += a->present() && !a->stalled() ? 1 : 0;
+    for (auto& s : sims_)
+        noticesOwed_ += s->present() ? 1 : 0;
+    if (ai_) noticesOwed_ += ai_->present() ? 1 : 0;
+    ctx_.stopping = true;
+    const int64_t asked = nowNs();
+    if (kill(ctx_.opt.serverPid, SIGTERM) != 0) return;
+    stopSent_ = true;
+    const int64_t deadline = asked + ctx_.seconds(ctx_.opt.stopWait);
+    while (nowNs() < deadline && probe_.running())
+        ctx_.loop.runUntil(std::min(deadline, nowNs() + 20 * kMs));
+    if (!probe_.running()) shutdownS_ = double(nowNs() - asked) / 1e9;
+    ctx_.loop.runUntil(nowNs() + 300 * kMs); // what it wrote last
+}
+
 int Squadron::run() {
     const Options& o = ctx_.opt;
     ctx_.runStart = nowNs();
@@ -190,11 +214,20 @@ int Squadron::run() {
         ctx_.loop.after(ctx_.seconds(ctx_.uniform(0.5, 1.5) * o.simChurnS), [this] { churnLastSim(); });
     if (o.aiChurnS > 0 && ai_)
         ctx_.loop.after(ctx_.seconds(ctx_.uniform(0.5, 1.5) * o.aiChurnS), [this] { churnAiSpy(); });
+    if (attack_) {
+        attack_->prepare();
+        ctx_.loop.at(ctx_.runStart + ctx_.seconds(o.attackStart), [this] { attack_->start(); });
+        ctx_.loop.at(ctx_.trafficEnd, [this] { attack_->endTraffic(); });
+    }
+    ctx_.loop.at(ctx_.runStart + ctx_.seconds(o.attackStart), [this] { newcomers_.start(); });
     sample();
     ctx_.loop.after(ctx_.seconds(o.reportEvery), [this] { periodicReport(); });
     ctx_.loop.runUntil(ctx_.trafficEnd + ctx_.seconds(o.drain));
     if (probe_.enabled()) probe_.sample(secondsSinceStart());
+    if (o.stopServer) stopServer();
     const int status = finalReport();
+    if (attack_) attack_->stop();
+    newcomers_.stop();
     for (auto& p : players_)
         p->stop();
     for (auto& a : awacs_)

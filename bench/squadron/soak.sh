@@ -11,7 +11,11 @@
 # to CPU 0 and the simulator to CPU 1, PORT_WAIT=seconds to wait for busy ports (600),
 # NETNS=1 runs server and simulator in a private network namespace (needs root or user
 # namespaces), so other runs on the machine's ports 5554-5557 are no obstacle; KEEP_LOG=1
-# keeps the whole traffic log of a LOG=1 run (only its first and last lines otherwise).
+# keeps the whole traffic log of a LOG=1 run (only its first and last lines otherwise);
+# SERVER_FDS=n starts the server with at most n descriptors; BIG_SETUP_LINES=n adds a third
+# setup of n lines; SQUADRON_STOPS=1 lets the simulator send the SIGTERM at the end, while its
+# peers are still connected (it counts the DISCON they get). The server's end is written to
+# server-exit.txt in the run's directory.
 set -euo pipefail
 
 if [[ ${NETNS:-0} == 1 && -z ${SOAK_IN_NETNS:-} ]]; then
@@ -19,7 +23,7 @@ if [[ ${NETNS:-0} == 1 && -z ${SOAK_IN_NETNS:-} ]]; then
 fi
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
-[[ $# -ge 1 ]] || { sed -n '2,12p' "$0"; exit 2; }
+[[ $# -ge 1 ]] || { sed -n '2,16p' "$0"; exit 2; }
 server_exe="$(realpath "$1")"; shift
 duration=300
 if [[ $# -ge 1 && $1 != -- ]]; then duration="$1"; shift; fi
@@ -46,20 +50,22 @@ mkdir -p "$dir"
 cp "$server_exe" "$dir/tessark-server"
 printf 'Evening Sortie\r\nCURSET@BMS\r\nCURTHE@Theater A\r\nCHKSUM@data\\file1.dat@1234\r\nCHKSUM@data\\sub\\file2.dat@5678\r\nCONFIG@entry_one@1\r\nCONFIG@entry_two@0\r\n' > "$dir/Evening Sortie.stp"
 printf 'Night Ops\r\nCURSET@BMS\r\nCHKSIM\r\nCURTHE@Theater B\r\nCHKSUM@campaign\\save.cam@99\r\nCONFIG@entry_one@2\r\n' > "$dir/Night Ops.stp"
-cat > "$dir/tessark.ini" <<INI
-[SETUPLIST]
-NUM=2
-[SETUPLIST1]
-FNAME=$dir/Evening Sortie.stp
-[SETUPLIST2]
-FNAME=$dir/Night Ops.stp
-[DEBUG]
-LOG=$LOG
-INI
+setups=("$dir/Evening Sortie.stp" "$dir/Night Ops.stp")
+if [[ ${BIG_SETUP_LINES:-0} -gt 0 ]]; then   # a large reply: one player's fetch passes the output cap
+    { printf 'Big Sortie\r\nCURSET@BMS\r\nCURTHE@Theater A\r\n'
+      awk -v n="$BIG_SETUP_LINES" 'BEGIN { for (i = 3; i <= n; i++) printf "CHKSUM@data\\terrain\\tile%06d.dat@1234567890\r\n", i }'
+    } > "$dir/Big Sortie.stp"
+    setups+=("$dir/Big Sortie.stp")
+fi
+{ printf '[SETUPLIST]\nNUM=%d\n' "${#setups[@]}"
+  for i in "${!setups[@]}"; do printf '[SETUPLIST%d]\nFNAME=%s\n' $((i + 1)) "${setups[$i]}"; done
+  printf '[DEBUG]\nLOG=%s\n' "$LOG"
+} > "$dir/tessark.ini"
 
 pin_server=() pin_sim=()
 if [[ $PIN == 1 ]]; then pin_server=(taskset -c 0); pin_sim=(taskset -c 1); fi
-(cd "$dir" && exec env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM TMPDIR="$dir" "${pin_server[@]}" ./tessark-server) \
+fd_limit=(); [[ -n ${SERVER_FDS:-} ]] && fd_limit=(prlimit --nofile="$SERVER_FDS")
+(cd "$dir" && exec "${fd_limit[@]}" env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM TMPDIR="$dir" "${pin_server[@]}" ./tessark-server) \
     > "$dir/server.out" 2>&1 &
 pid=$!
 for _ in $(seq 100); do
@@ -88,16 +94,18 @@ fi
 rogues=all; [[ $LOG == 1 ]] && rogues=safe   # lone NULs end a logging server by design
 echo "soak: server pid $pid in $dir, LOG=$LOG, ${duration}s"
 set +e
+stop=(); [[ ${SQUADRON_STOPS:-0} == 1 ]] && stop=(--stop-server)
 "${pin_sim[@]}" "$SQUADRON" --duration "$duration" --server-pid "$pid" --rogues "$rogues" --stalled 1 \
-    --report-every 30 "${extra[@]}" | tee "$dir/squadron.txt"
+    --report-every 30 "${stop[@]}" "${extra[@]}" | tee "$dir/squadron.txt"
 sim_status=${PIPESTATUS[0]}
 set -e
 
-kill -TERM "$pid" 2>/dev/null || true
+[[ ${SQUADRON_STOPS:-0} == 1 ]] || kill -TERM "$pid" 2>/dev/null || true
 server_status=gone
 for _ in $(seq 150); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
 if kill -0 "$pid" 2>/dev/null; then kill -KILL "$pid"; server_status="hung on SIGTERM (killed)"; fi
 wait "$pid" 2>/dev/null && server_status="exit 0" || { rc=$?; [[ $server_status == gone ]] && server_status="exit $rc"; }
+echo "$server_status" > "$dir/server-exit.txt"
 [[ -n $logger_pid ]] && wait "$logger_pid" 2>/dev/null || true
 [[ -n $steps_pid ]] && wait "$steps_pid" 2>/dev/null || true
 
