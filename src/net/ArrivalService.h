@@ -14,15 +14,19 @@ template <typename Handle>
 void serveMessages(SocketElement& element, std::string_view messages, Handle&& handle) {
     MessageCursor cursor(messages);
     CommandRec message;
+    // What the connection held before this event does not change until the event is over; only
+    // what the handlers add to its outbox does.
+    const qint64 heldBefore = element.bytesQueued() - element.outboxBytes();
+    element.setAnswering(true);
     while (cursor.next(message)) {
-        element.setAnswering(true);
         handle(message);
-        element.setAnswering(false);
-        if (element.backedUp()) {
+        if (heldBefore + element.outboxBytes() >= SocketElement::kOutputCap) {
+            element.setAnswering(false);
             element.holdUnhandled(cursor.rest());
             return;
         }
     }
+    element.setAnswering(false);
     element.finishArrival();
 }
 

@@ -66,7 +66,7 @@ class SocketElement : public QObject {
     // asked must get all of it, so the cap does not cut it (the channel stops handling the
     // peer's requests instead, until it has read).
     void setAnswering(bool on) { answering_ = on; }
-    bool backedUp() const { return bytesQueued() >= kOutputCap; }
+    qint64 outboxBytes() const { return static_cast<qint64>(outbox_.size()); }
     // Closes without raising the close event; what was queued still goes out.
     void close();
     qint64 bytesQueued() const;

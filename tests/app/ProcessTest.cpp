@@ -11,6 +11,8 @@
 #include <QElapsedTimer>
 
 #include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
 #include <memory>
 
 namespace {
@@ -122,3 +124,64 @@ TEST(RealServer, WithItsWindowUpASignalEndsItAsExitDoes) {
     ASSERT_TRUE(hasEnded(process)); // the window's close box must not veto the end
     EXPECT_EQ(process.exitCode(), 0);
 }
+
+#if defined(Q_OS_LINUX)
+namespace {
+// CPU seconds the process has used so far, from /proc (Linux).
+double cpuSeconds(qint64 pid) {
+    QFile stat(QString("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly)) return -1;
+    const QList<QByteArray> fields = stat.readAll().split(')').last().trimmed().split(' ');
+    return (fields.at(11).toDouble() + fields.at(12).toDouble()) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+} // namespace
+
+TEST(RealServer, SignalsThatKeepComingDuringShutdownStillEndItWithStatusZero) {
+    RealServer server;
+    QProcess process;
+    server.start(process);
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
+    Peer player(5555);
+    // A few milliseconds apart until the process is gone, whatever stage of its end it is in.
+    const auto pid = static_cast<pid_t>(process.processId());
+    QElapsedTimer clock;
+    clock.start();
+    while (process.state() != QProcess::NotRunning && clock.elapsed() < 10000) {
+        ::kill(pid, SIGTERM);
+        process.waitForFinished(3);
+    }
+    ASSERT_TRUE(hasEnded(process));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
+}
+
+TEST(RealServer, OutOfDescriptorsItRestsInsteadOfSpinningAndServesAgainWhenSomeAreFree) {
+    RealServer server;
+    QProcess process;
+    process.setChildProcessModifier([] {
+        rlimit limit{64, 64};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    });
+    server.start(process);
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
+    std::vector<std::unique_ptr<QTcpSocket>> crowd;
+    for (int i = 0; i < 80; ++i) {
+        crowd.push_back(std::make_unique<QTcpSocket>());
+        crowd.back()->connectToHost(QHostAddress::LocalHost, 5555);
+    }
+    pumpFor(500ms);
+    const double before = cpuSeconds(process.processId());
+    pumpFor(1000ms);
+    EXPECT_LT(cpuSeconds(process.processId()) - before, 0.5); // a spinning accept burns the whole second
+
+    crowd.clear();
+    pumpFor(500ms);
+    Peer player(5555);
+    player.send("GETLST");
+    EXPECT_EQ(player.take(3, 5s).size(), 3u);
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    EXPECT_TRUE(hasEnded(process));
+}
+#endif
