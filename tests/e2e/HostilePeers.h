@@ -28,6 +28,8 @@ class NonReader {
   public:
     explicit NonReader(quint16 port) {
         socket_.setReadBufferSize(1);
+        // A small window, so the system takes little of what the server sends off its hands.
+        socket_.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4096);
         socket_.connectToHost(QHostAddress::LocalHost, port);
         pumpUntil([this] { return socket_.state() == QAbstractSocket::ConnectedState; });
         pumpFor(20ms);

@@ -118,13 +118,16 @@ TEST_F(HostileWork, RegistrationsAndPlacesAreBoundedPerConnection) {
 TEST_F(HostileWork, NothingAPeerSentIsKeptOnceItLeaves) {
     auto alpha = registeredPlayer("ALPHA");
     const size_t before = mallinfo2().uordblks;
-    for (int i = 0; i < 3; ++i) {
-        auto nuls = std::make_unique<Peer>(ts_.playerPort());
-        nuls->sendRaw(QByteArray(1 << 21, '\0'));
-        roundTrip(*nuls);
+    {
+        std::vector<std::unique_ptr<Peer>> peers;
+        for (int i = 0; i < 3; ++i) {
+            peers.push_back(std::make_unique<Peer>(ts_.playerPort()));
+            peers.back()->sendRaw(QByteArray(1 << 21, '\0') + batch({"GETLST"}));
+        }
+        for (auto& peer : peers) EXPECT_TRUE(peer->waitFor(3, 20s));
     }
+    ASSERT_TRUE(pumpUntil([&] { return server().WS1().loadedIndices().size() == 1; }));
     roundTrip(*alpha);
-    pumpFor(100ms);
     EXPECT_LT(mallinfo2().uordblks, before + 16 * 1024 * 1024);
 }
 #endif
