@@ -50,12 +50,10 @@ TEST_F(HostileShutdown, ConnectionsClosedWhileStillSendingAreBounded) {
     const int before = openDescriptors();
     std::vector<std::unique_ptr<NonReader>> peers;
     for (int i = 0; i < kPeers; ++i) {
-        // Asks for megabytes, reads none of it, and says it is done sending: the server closes
-        // its side with the answer still queued.
+        // Asks for megabytes, reads none of it, and leaves with VALEND: the server closes its
+        // side with the answer still queued.
         auto peer = std::make_unique<NonReader>(ts_.playerPort());
-        peer->send(errorListRequests(6));
-        pumpFor(10ms);
-        ::shutdown(static_cast<int>(peer->socket().socketDescriptor()), SHUT_WR);
+        peer->send(errorListRequests(6) + batch({"VALEND"}));
         ASSERT_TRUE(pumpUntil([&] { return server().players().Players().ubound() == 0; }, 10s));
         peers.push_back(std::move(peer));
     }
