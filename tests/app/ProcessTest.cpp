@@ -11,9 +11,9 @@
 #include <QElapsedTimer>
 
 #include <csignal>
+#include <memory>
 #include <sys/resource.h>
 #include <unistd.h>
-#include <memory>
 
 namespace {
 
@@ -24,7 +24,7 @@ bool hasEnded(QProcess& process) {
 }
 
 class RealServer {
-public:
+  public:
     explicit RealServer(const QString& iniText = {}) {
         QFile::copy(TESSARK_SERVER_EXE, exe());
         if (!iniText.isEmpty()) {
@@ -44,7 +44,8 @@ public:
     // single-instance lock lives in a temp dir of this test's own.
     void start(QProcess& process, bool withWindow = false) const {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) env.remove(name);
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            env.remove(name);
         if (withWindow) env.insert("QT_QPA_PLATFORM", "offscreen");
         env.insert("TMPDIR", lockDir.path());
         process.setProcessEnvironment(env);
@@ -87,7 +88,8 @@ TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
     Peer player(5555), awacs(5556), sim(5557);
     ::kill(static_cast<pid_t>(first.processId()), SIGTERM);
     EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
-    for (Peer* peer : {&player, &awacs, &sim}) EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
+    for (Peer* peer : {&player, &awacs, &sim})
+        EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
     ASSERT_TRUE(hasEnded(first));
     EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(first.exitCode(), 0);

@@ -124,7 +124,8 @@ TEST_F(HostileWork, NothingAPeerSentIsKeptOnceItLeaves) {
             peers.push_back(std::make_unique<Peer>(ts_.playerPort()));
             peers.back()->sendRaw(QByteArray(1 << 21, '\0') + batch({"GETLST"}));
         }
-        for (auto& peer : peers) EXPECT_TRUE(peer->waitFor(3, 20s));
+        for (auto& peer : peers)
+            EXPECT_TRUE(peer->waitFor(3, 20s));
     }
     ASSERT_TRUE(pumpUntil([&] { return server().WS1().loadedIndices().size() == 1; }));
     roundTrip(*alpha);
