@@ -36,7 +36,7 @@ SignalBridge::~SignalBridge() {
     signal(SIGTERM, SIG_DFL);
     signal(SIGINT, SIG_DFL);
 }
-#else
+#elif !defined(Q_OS_WIN) // Windows: SignalBridgeWindows.cpp
 SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {}
 SignalBridge::~SignalBridge() = default;
 #endif
