@@ -23,7 +23,11 @@ set(CPACK_PACKAGE_INSTALL_REGISTRY_KEY "Tessark Server")
 set(CPACK_SYSTEM_NAME win64)
 set(CPACK_GENERATOR ZIP NSIS)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_INCLUDE_TOPLEVEL_DIRECTORY ON) # the ZIP unpacks into tessark-server-<version>-win64/
+# The ZIP unpacks into a folder tessark-server-<version>-win64/; the installer picks its own.
+file(WRITE ${CMAKE_BINARY_DIR}/cpack/per-generator.cmake
+     "if(CPACK_GENERATOR STREQUAL \"ZIP\")\n  set(CPACK_INCLUDE_TOPLEVEL_DIRECTORY ON)\n"
+     "else()\n  set(CPACK_INCLUDE_TOPLEVEL_DIRECTORY OFF)\nendif()\n")
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_BINARY_DIR}/cpack/per-generator.cmake)
 set(CPACK_PACKAGE_EXECUTABLES tessark-server "Tessark Server") # the Start menu entry
 
 set(CPACK_NSIS_INSTALL_ROOT "$LOCALAPPDATA\\\\Programs")
@@ -36,8 +40,11 @@ set(CPACK_NSIS_INSTALLED_ICON_NAME tessark-server.exe)
 set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
 
 # CMake's installer script asks for administrator rights and installs for all users; this one
-# is the same script for the current user.
+# is the same script for the current user, and a 64-bit installer for the 64-bit program (which
+# is also what 64-bit-only Wine runs).
 file(READ ${CMAKE_ROOT}/Modules/Internal/CPack/NSIS.template.in nsis_template)
+string(REPLACE "SetCompressor @CPACK_NSIS_COMPRESSOR@" "Target amd64-unicode\n  SetCompressor @CPACK_NSIS_COMPRESSOR@"
+               nsis_template "${nsis_template}")
 string(REPLACE "RequestExecutionLevel admin" "RequestExecutionLevel user" nsis_template "${nsis_template}")
 string(REPLACE "SetShellVarContext all" "SetShellVarContext current" nsis_template "${nsis_template}")
 string(REPLACE "HKLM \"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall"
