@@ -38,7 +38,7 @@ SignalBridge::~SignalBridge() {
     signal(SIGTERM, SIG_IGN);
     signal(SIGINT, SIG_IGN);
 }
-#else
+#elif !defined(Q_OS_WIN) // Windows: SignalBridgeWindows.cpp
 SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {}
 SignalBridge::~SignalBridge() = default;
 #endif

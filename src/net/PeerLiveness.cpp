@@ -22,9 +22,11 @@ void watchPeerLiveness(qintptr descriptor) {
     tcp_keepalive values{1, kIdleSeconds * 1000, kProbeIntervalSeconds * 1000};
     DWORD returned = 0;
     WSAIoctl(s, SIO_KEEPALIVE_VALS, &values, sizeof values, nullptr, 0, &returned, nullptr, nullptr);
+#if defined(TCP_MAXRT)
     DWORD maxRetransmitSeconds = kPeerSilenceLimitSeconds;
     setsockopt(s, IPPROTO_TCP, TCP_MAXRT, reinterpret_cast<const char*>(&maxRetransmitSeconds),
                sizeof maxRetransmitSeconds);
+#endif
 #else
     const int s = static_cast<int>(descriptor);
     const int on = 1;

@@ -117,13 +117,15 @@ QString normalisedKey(const std::string& key) {
     return k;
 }
 
+#ifndef Q_OS_WIN
 // "SOFTWARE\Vendor\Key" -> "SOFTWARE\Wow6432Node\Vendor\Key": where a 32-bit program's
-// installer writes on a 64-bit machine.
+// installer writes on a 64-bit machine. (Windows itself maps the 32-bit view.)
 std::string wow64Twin(const std::string& key) {
     size_t slash = key.find('\\');
     if (slash == std::string::npos) return {};
     return key.substr(0, slash) + "\\Wow6432Node" + key.substr(slash);
 }
+#endif
 
 } // namespace
 

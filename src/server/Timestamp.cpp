@@ -11,7 +11,11 @@ std::string logTimestamp() {
     time_t now = std::time(nullptr);
     if (now != cachedSecond) {
         std::tm tm{};
+#ifdef _WIN32
+        localtime_s(&tm, &now);
+#else
         localtime_r(&now, &tm);
+#endif
         char buf[96];
         std::snprintf(buf, sizeof buf, "%02d/%02d/%04d - %02d:%02d:%02d", tm.tm_mon + 1, tm.tm_mday,
                       tm.tm_year + 1900, tm.tm_hour, tm.tm_min, tm.tm_sec);

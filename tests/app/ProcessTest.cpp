@@ -1,5 +1,8 @@
 // The real executable, copied into an empty program directory and started headless, as an
 // operator would run it. It listens on the production ports.
+// Windows has no headless mode and no SIGTERM: there the server runs with its window (on a
+// screen that draws nothing) and is stopped by the end of the Windows session or Ctrl+C.
+#include "WindowsSession.h"
 #include "support/Peer.h"
 
 #include <QDir>
@@ -9,11 +12,14 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QFileInfo>
 
 #include <csignal>
 #include <memory>
+#if !defined(_WIN32)
 #include <sys/resource.h>
 #include <unistd.h>
+#endif
 
 namespace {
 
@@ -27,13 +33,24 @@ class RealServer {
   public:
     explicit RealServer(const QString& iniText = {}) {
         QFile::copy(TESSARK_SERVER_EXE, exe());
+#ifdef Q_OS_WIN
+        // Windows looks for DLLs beside the program: the folder gets the whole deployment.
+        const QDir build = QFileInfo(TESSARK_SERVER_EXE).dir();
+        for (const QString& name : build.entryList({"*.dll"}, QDir::Files))
+            QFile::copy(build.filePath(name), file(name));
+        for (const char* plugin :
+             {"platforms/qwindows.dll", "platforms/qoffscreen.dll", "styles/qwindowsvistastyle.dll"}) {
+            QDir(dir.path()).mkpath(QFileInfo(QString(plugin)).path());
+            QFile::copy(build.filePath(plugin), file(plugin));
+        }
+#endif
         if (!iniText.isEmpty()) {
             QFile ini(dir.path() + "/tessark.ini");
             ini.open(QIODevice::WriteOnly);
             ini.write(iniText.toLatin1());
         }
     }
-    QString exe() const { return dir.path() + "/tessark-server"; }
+    QString exe() const { return dir.path() + "/" + QFileInfo(TESSARK_SERVER_EXE).fileName(); }
     QString file(const QString& name) const { return dir.path() + "/" + name; }
     std::string read(const QString& name) const {
         QFile f(file(name));
@@ -48,6 +65,8 @@ class RealServer {
             env.remove(name);
         if (withWindow) env.insert("QT_QPA_PLATFORM", "offscreen");
         env.insert("TMPDIR", lockDir.path());
+        env.insert("TMP", lockDir.path()); // Windows
+        env.insert("TEMP", lockDir.path());
         process.setProcessEnvironment(env);
         process.setWorkingDirectory(dir.path());
         process.start(exe(), {});
@@ -71,6 +90,7 @@ class RealServer {
 
 } // namespace
 
+#ifndef Q_OS_WIN
 TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
     RealServer server;
     QProcess first;
@@ -96,6 +116,7 @@ TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
     EXPECT_FALSE(QFile::exists(server.file("TessarkSrvLog.txt")));
     EXPECT_FALSE(QFile::exists(server.file("TessarkSrvErrorLog.txt")));
 }
+#endif
 
 TEST(RealServer, WithLoggingOnALoneNulFromAPlayerWritesOneErrorLineAndEndsTheProcess) {
     RealServer server("[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n");
@@ -113,6 +134,7 @@ TEST(RealServer, WithLoggingOnALoneNulFromAPlayerWritesOneErrorLineAndEndsThePro
     EXPECT_TRUE(player.inbox().empty());
 }
 
+#ifndef Q_OS_WIN
 TEST(RealServer, WithItsWindowUpASignalEndsItAsExitDoes) {
     RealServer server;
     QProcess process;
@@ -185,5 +207,70 @@ TEST(RealServer, OutOfDescriptorsItRestsInsteadOfSpinningAndServesAgainWhenSomeA
     EXPECT_EQ(player.take(3, 5s).size(), 3u);
     ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
     EXPECT_TRUE(hasEnded(process));
+}
+#endif
+#endif
+
+#ifdef Q_OS_WIN
+namespace {
+// The process's visible window with that title, once it is there (null if it never comes).
+HWND waitForWindow(const QProcess& process, const QString& title) {
+    pumpUntil([&] { return windows_session::visibleWindow(process.processId(), title) != nullptr; }, 10000ms);
+    return windows_session::visibleWindow(process.processId(), title);
+}
+} // namespace
+
+TEST(RealServer, RefusesASecondCopyInAMessageBoxAndShutsDownWhenTheWindowsSessionEnds) {
+    RealServer server;
+    QProcess first;
+    server.start(first);
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
+    const std::string ini = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n";
+    EXPECT_EQ(server.read("tessark.ini"), ini);
+    EXPECT_TRUE(waitForWindow(first, "QUILLON v1.1.0b"));
+
+    QProcess second;
+    server.start(second);
+    HWND box = waitForWindow(second, "Tessark Server");
+    ASSERT_TRUE(box);
+    EXPECT_FALSE(hasEnded(second)); // it waits for its OK
+    PostMessageW(box, WM_CLOSE, 0, 0);
+    ASSERT_TRUE(hasEnded(second));
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_EQ(server.read("tessark.ini"), ini);
+
+    Peer player(5555), awacs(5556), sim(5557);
+    EXPECT_TRUE(windows_session::endSession(first.processId()));
+    EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
+    for (Peer* peer : {&player, &awacs, &sim}) EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
+    ASSERT_TRUE(hasEnded(first));
+    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(first.exitCode(), 0);
+    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvLog.txt")));
+    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvErrorLog.txt")));
+}
+
+TEST(RealServer, ItsCloseBoxOnlyPutsTheWindowAwayAndCtrlCEndsItAsExitDoes) {
+    windows_session::haveConsole();
+    RealServer server;
+    QProcess process;
+    server.start(process);
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
+    HWND window = waitForWindow(process, "QUILLON v1.1.0b");
+    ASSERT_TRUE(window);
+    PostMessageW(window, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(pumpUntil([&] { return !IsWindowVisible(window) || IsIconic(window); }, 5000ms));
+    EXPECT_TRUE(aiSpy->settle().empty()); // no "CLOSE1"
+    Peer player(5555);
+    player.send("VALIDR", "Viper");
+    EXPECT_EQ(player.take(1).at(0).text(), "PLSNEW1@Viper@@-");
+
+    ASSERT_TRUE(windows_session::pressCtrlC());
+    EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
+    EXPECT_EQ(player.take(1).at(0).text(), "DISCON");
+    ASSERT_TRUE(hasEnded(process));
+    EXPECT_EQ(process.exitCode(), 0);
 }
 #endif

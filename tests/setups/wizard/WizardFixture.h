@@ -5,6 +5,7 @@
 #include "setups/wizard/OperatorDialogs.h"
 #include "setups/wizard/SetupWizard.h"
 #include "support/TestServer.h"
+#include "support/WindowsRegistry.h"
 
 #include <QApplication>
 #include <QDir>
@@ -17,6 +18,17 @@
 
 #include <deque>
 #include <functional>
+
+// The fake installation: on drive C: of the Wine prefix. On Windows that is the machine's own C:
+// (the tests run only in a throw-away Wine prefix there).
+inline QString falconInstallDir(const QString& prefix) {
+#ifdef Q_OS_WIN
+    Q_UNUSED(prefix);
+    return "C:/Falcon4";
+#else
+    return prefix + "/drive_c/Falcon4";
+#endif
+}
 
 class ScriptedDialogs : public OperatorDialogs {
   public:
@@ -74,6 +86,14 @@ class WizardTest : public ::testing::Test {
     explicit WizardTest(const std::string& iniText = {}) : server_(iniText) {}
 
     void SetUp() override {
+#ifdef Q_OS_WIN
+        // Windows: the key in the registry itself and the installation in C:\Falcon4, both in
+        // the run's throw-away Wine prefix.
+        if (!windows_registry::underWine()) GTEST_SKIP() << "rewrites the machine's Falcon 4 key";
+        QDir(installDir()).removeRecursively();
+        ASSERT_TRUE(windows_registry::setFalconValue("/reg:32", "baseDir", "REG_SZ", "C:\\Falcon4"));
+        ASSERT_TRUE(windows_registry::setFalconValue("/reg:32", "curTheater", "REG_SZ", "Korea KTO"));
+#endif
         hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
         savedPrefix_ = qgetenv("WINEPREFIX");
         qputenv("WINEPREFIX", prefix_.path().toUtf8());
@@ -88,6 +108,12 @@ class WizardTest : public ::testing::Test {
         install("top.txt", "");
     }
     void TearDown() override {
+#ifdef Q_OS_WIN
+        if (windows_registry::underWine()) {
+            windows_registry::deleteFalconKey();
+            QDir(installDir()).removeRecursively();
+        }
+#endif
         if (hadPrefix_)
             qputenv("WINEPREFIX", savedPrefix_);
         else
@@ -103,7 +129,7 @@ class WizardTest : public ::testing::Test {
         f.write(content);
         return path;
     }
-    QString installDir() const { return prefix_.path() + "/drive_c/Falcon4"; }
+    QString installDir() const { return falconInstallDir(prefix_.path()); }
 
     WizardPage* page() const { return wizard_.currentPage(); }
     QString pageName() const { return page() ? page()->objectName() : QString(); }
