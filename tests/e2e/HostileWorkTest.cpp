@@ -97,8 +97,9 @@ TEST_F(HostileWork, RegistrationsAndPlacesAreBoundedPerConnection) {
     NonReader simFlood(ts_.simPort());
     simFlood.send(repeated("SIMNEWX@32767", 5000));
     roundTrip(*alpha);
-    ASSERT_TRUE(pumpUntil([&] { return awacsListed() == 4 && simsListed() >= 1; }));
-    pumpFor(200ms);
+    ASSERT_TRUE(
+        pumpUntil([&] { return awacsListed() == 4 && simsListed() == 4 && listedOnSlot(2) == 4; }, 10s));
+    pumpFor(200ms); // and no more come
     EXPECT_EQ(listedOnSlot(2), 4);
     EXPECT_EQ(awacsListed(), 4);
     const auto& sims = server().sims().SimList();

@@ -15,8 +15,10 @@ TEST(PlayerTrafficLog, ArrivalsAndSendsAreLoggedLineByLine) {
     alpha.send("HELLO!", "x"); // unknown: no line at all
     alpha.take(4);
     alpha.send("VLERRO", "free text @ all");
-    alpha.settle(50ms);
-    ts.server().trafficLog().flush();
+    EXPECT_TRUE(pumpUntil([&] {
+        ts.server().trafficLog().flush();
+        return ts.readFile("TessarkSrvLog.txt").find("(VLERRO)") != std::string::npos;
+    }));
 
     // Each line is a time stamp and the event, ended by CR LF.
     const std::string log = std::regex_replace(ts.readFile("TessarkSrvLog.txt"),
