@@ -59,8 +59,12 @@ class RealServer {
             ini.write(iniText.toLatin1());
         }
     }
-    QString exe() const { return dir.path() + "/" + QFileInfo(TESSARK_SERVER_EXE).fileName(); }
-    QString file(const QString& name) const { return dir.path() + "/" + name; }
+    QString exe() const {
+        return dir.path() + "/" + QFileInfo(TESSARK_SERVER_EXE).fileName();
+    }
+    QString file(const QString& name) const {
+        return dir.path() + "/" + name;
+    }
     std::string read(const QString& name) const {
         QFile f(file(name));
         return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
@@ -208,11 +212,13 @@ TEST(RealServer, OutOfDescriptorsItRestsInsteadOfSpinningAndServesAgainWhenSomeA
     pumpFor(1000ms);
     EXPECT_LT(cpuSeconds(process.processId()) - before, 0.5); // a spinning accept burns the whole second
 
+    // The crowd goes; the connections still waiting to be taken are taken and found gone; then
+    // a newcomer is served (slowly under a sanitizer).
     crowd.clear();
-    pumpFor(500ms);
+    pumpFor(1000ms);
     Peer player(5555);
     player.send("GETLST");
-    EXPECT_EQ(player.take(3, 5s).size(), 3u);
+    EXPECT_EQ(player.take(3, 30s).size(), 3u);
     terminate(process);
     EXPECT_TRUE(hasEnded(process));
 }
@@ -251,7 +257,8 @@ TEST(RealServer, RefusesASecondCopyInAMessageBoxAndShutsDownWhenTheWindowsSessio
     Peer player(5555), awacs(5556), sim(5557);
     EXPECT_TRUE(windows_session::endSession(first.processId()));
     EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
-    for (Peer* peer : {&player, &awacs, &sim}) EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
+    for (Peer* peer : {&player, &awacs, &sim})
+        EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
     ASSERT_TRUE(hasEnded(first));
     EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(first.exitCode(), 0);
