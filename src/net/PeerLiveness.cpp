@@ -19,7 +19,10 @@ constexpr int kProbes = 4;
 void watchPeerLiveness(qintptr descriptor) {
 #if defined(Q_OS_WIN)
     const auto s = static_cast<SOCKET>(descriptor);
-    tcp_keepalive values{1, kIdleSeconds * 1000, kProbeIntervalSeconds * 1000};
+    tcp_keepalive values{};
+    values.onoff = 1;
+    values.keepalivetime = kIdleSeconds * 1000;
+    values.keepaliveinterval = kProbeIntervalSeconds * 1000;
     DWORD returned = 0;
     WSAIoctl(s, SIO_KEEPALIVE_VALS, &values, sizeof values, nullptr, 0, &returned, nullptr, nullptr);
 #if defined(TCP_MAXRT)
