@@ -1,9 +1,12 @@
 #include "net/PeerLiveness.h"
 
 #if defined(Q_OS_WIN)
+// clang-format off: each of these needs the types of the ones before it
 #include <mstcpip.h>
+#include <windows.h>
 #include <winsock2.h>
 #include <ws2tcpip.h>
+// clang-format on
 #else
 #include <netinet/in.h>
 #include <netinet/tcp.h>
