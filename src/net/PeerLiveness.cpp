@@ -1,12 +1,14 @@
 #include "net/PeerLiveness.h"
 
 #if defined(Q_OS_WIN)
-// clang-format off: each of these needs the types of the ones before it
-#include <mstcpip.h>
-#include <windows.h>
+// Each of these needs the types of the ones before it.
 #include <winsock2.h>
+
+#include <windows.h>
+
 #include <ws2tcpip.h>
-// clang-format on
+
+#include <mstcpip.h>
 #else
 #include <netinet/in.h>
 #include <netinet/tcp.h>
