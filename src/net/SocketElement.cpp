@@ -172,7 +172,6 @@ void SocketElement::send(std::string_view command, std::string_view data) {
         data = data.substr(0, static_cast<size_t>(static_cast<const char*>(nul) - data.data()));
     const qint64 size = static_cast<qint64>(command.size() + data.size() + 1);
     if (!answering_ && queuedBeforeEvent_ + static_cast<qint64>(outbox_.size()) + size > kOutputCap) {
-        ++dropped_;
         return;
     }
     if (outbox_.empty()) {
@@ -255,10 +254,6 @@ bool SocketElement::writeOut() {
 
 bool SocketElement::writeOutClosed() {
     return ClosedConnections::instance().writeOut();
-}
-
-int SocketElement::closedStillSending() {
-    return ClosedConnections::instance().count();
 }
 
 // Detaches the connection from this element, so no further event reaches the server, and

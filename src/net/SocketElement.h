@@ -70,8 +70,6 @@ class SocketElement : public QObject {
     // Closes without raising the close event; what was queued still goes out.
     void close();
     qint64 bytesQueued() const;
-    // Messages dropped whole because the peer did not read.
-    quint64 droppedMessages() const { return dropped_; }
 
     // Hands the queued output to the system as far as it takes it now, without waiting;
     // returns whether some is still queued.
@@ -79,8 +77,6 @@ class SocketElement : public QObject {
 
     // writeOut() for every connection closed by the server that still holds output.
     static bool writeOutClosed();
-    // Connections closed by the server that still hand over their last output.
-    static int closedStillSending();
 
   signals:
     void dataArrival(int index, qint64 bytes);
@@ -101,9 +97,8 @@ class SocketElement : public QObject {
     bool answering_ = false;
     std::string outbox_;           // sent during the current event, not yet handed to the connection
     qint64 queuedBeforeEvent_ = 0; // what the connection still held when the event began
-    quint64 dropped_ = 0;
-    std::string inbox_;   // the last read, after what an earlier cut read left over
-    std::string carried_; // the unfinished message at the end of a cut read
+    std::string inbox_;            // the last read, after what an earlier cut read left over
+    std::string carried_;          // the unfinished message at the end of a cut read
     bool skippingLongMessage_ = false;
     size_t heldFrom_ = 0; // where the held part of inbox_ begins
     bool held_ = false;

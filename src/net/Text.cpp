@@ -92,12 +92,6 @@ Checked<int32_t> strictInt32Of(std::string_view s) {
     return int32Of(leadingNumber(t));
 }
 
-std::string mid(std::string_view s, long start, long count) {
-    if (start < 1 || count < 0) throw errors::invalidCall();
-    if (static_cast<size_t>(start) > s.size()) return {};
-    return std::string(s.substr(static_cast<size_t>(start - 1), static_cast<size_t>(count)));
-}
-
 QString display(std::string_view s) {
     return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
 }

@@ -41,9 +41,6 @@ inline int32_t strictInt32(std::string_view s) {
     return strictInt32Of(s).orThrow();
 }
 
-// Characters from 1-based position start, count of them; a negative count is an invalid call.
-std::string mid(std::string_view s, long start, long count);
-
 inline std::string number(long long n) {
     return std::to_string(n);
 }

@@ -35,11 +35,6 @@ template <typename T> class VbList {
         items_.push_back(std::move(value));
         return items_.back();
     }
-    // Grows (or shrinks) to the given upper bound, keeping what fits ("ReDim Preserve").
-    void preserveUpperBound(long upper) {
-        if (upper < 0) throw errors::subscriptOutOfRange();
-        items_.resize(static_cast<size_t>(upper) + 1);
-    }
     void reset() { items_.assign(1, T{}); }
 
     // Rebuilds the list without the entries that match, later ones moving down, and returns the
