@@ -1,9 +1,9 @@
 // Renders the status window with a few players and two pages of the Add Setup wizard into
 // PNG files: screenshots OUTPUT_DIR (run under a display, e.g. Xvfb; see make-screenshots.sh).
 #include "server/Server.h"
-#include "server/StatusWindow.h"
-#include "setups/wizard/OperatorDialogs.h"
-#include "setups/wizard/SetupWizard.h"
+#include "ui/StatusWindow.h"
+#include "ui/wizard/OperatorDialogs.h"
+#include "ui/wizard/SetupWizard.h"
 
 #include <QApplication>
 #include <QDir>
@@ -62,11 +62,11 @@ int main(int argc, char** argv) {
     write(falcon + "/terrdata/objects/KoreaObj.dat", "objects");
     write(falcon + "/campaign/save/tactical.cam", "campaign");
 
-    StatusWindow window;
-    ChosenFiles dialogs;
+    auto chosen = std::make_unique<ChosenFiles>();
+    ChosenFiles& dialogs = *chosen;
+    StatusWindow window(std::move(chosen));
     Server server(window, programDir.path() + "/", Ports::anyFree(), [] {});
     window.attach(server);
-    window.setOperatorDialogs(dialogs);
     server.start();
     window.showPlayers({{"Viper 1-1 (Night Ops)", 1}, {"Viper 1-2 (Night Ops)", 2}, {"Cobra 2-1 ()", 3}});
     window.showAwacsCount("2");

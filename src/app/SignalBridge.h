@@ -9,14 +9,14 @@ class QSocketNotifier;
 // Ctrl+C, Ctrl+Break or closing the console the server was started from.
 class SignalBridge : public QObject {
     Q_OBJECT
-public:
+  public:
     explicit SignalBridge(QObject* parent = nullptr);
     ~SignalBridge() override;
 
-signals:
+  signals:
     void terminationRequested();
 
-private:
+  private:
     QSocketNotifier* notifier_ = nullptr;
     void* sessionWindow_ = nullptr; // Windows: the hidden window that hears the session end
 };

@@ -1,13 +1,15 @@
-// Tessark Server: with a display, the status window and its tray icon; without one, the same
-// server headless, message boxes on standard error.
-#include "app/ProgramDir.h"
+// Tessark Server: reads its command line, then with a display shows the status window and its
+// tray icon; without one runs the same server headless, message boxes on standard error.
+#include "app/CommandLine.h"
+#include "app/OperatorCommands.h"
+#include "app/ProgramDirChoice.h"
 #include "app/SignalBridge.h"
+#include "basics/RuntimeError.h"
 #include "net/DescriptorLimit.h"
 #include "server/ConsoleDisplay.h"
-#include "server/RuntimeError.h"
 #include "server/Server.h"
-#include "server/StatusWindow.h"
-#include "setups/wizard/OperatorDialogs.h"
+#include "ui/StatusWindow.h"
+#include "ui/wizard/OperatorDialogs.h"
 
 #include <QApplication>
 #include <QDir>
@@ -38,11 +40,27 @@ QString instanceLockPath() {
 int main(int argc, char* argv[]) {
     // Without a display a widget application cannot even be constructed: decide first.
     const bool headless = !hasDisplay();
+    // What --version says, and the name the user's data directory is made of, whatever the
+    // executable is called.
+    QCoreApplication::setApplicationName(kExecutableName);
+    QCoreApplication::setApplicationVersion(programVersion());
     std::unique_ptr<QCoreApplication> app;
     if (headless)
         app = std::make_unique<QCoreApplication>(argc, argv);
     else
         app = std::make_unique<QApplication>(argc, argv);
+
+    // Before the lock: --help, --version and mistakes are answered beside a running server,
+    // and a program directory that cannot be used ends the program before it listens.
+    const CommandLine commandLine = readCommandLine(QCoreApplication::arguments());
+    if (commandLine.exitStatus) return *commandLine.exitStatus;
+    const ProgramDirChoice programDir =
+        chooseProgramDir(commandLine.programDir, QCoreApplication::applicationDirPath());
+    if (programDir.dir.isEmpty()) {
+        tellUser(QString("%1: %2").arg(kExecutableName, programDir.error), stderr);
+        return 1;
+    }
+    if (!commandLine.command.isEmpty()) return runOperatorCommand(programDir.dir, commandLine.command);
 
     ConsoleDisplay console;
     std::unique_ptr<StatusWindow> window;
@@ -59,7 +77,6 @@ int main(int argc, char* argv[]) {
     }
 
     descriptors::raiseSoftLimit();
-    const QString appDir = programDirWithSeparator(QCoreApplication::applicationDirPath());
     std::unique_ptr<Server> server;
     if (!headless) {
         // The window hides to the notification area and the wizard's pages come and go: only
@@ -68,7 +85,7 @@ int main(int argc, char* argv[]) {
         window = std::make_unique<StatusWindow>();
         display = window.get();
     }
-    server = std::make_unique<Server>(*display, appDir);
+    server = std::make_unique<Server>(*display, programDir.dir);
     if (window) window->attach(*server);
     display->addTrayIcon(Server::title());
 

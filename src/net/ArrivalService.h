@@ -13,7 +13,7 @@
 template <typename Handle>
 void serveMessages(SocketElement& element, std::string_view messages, Handle&& handle) {
     MessageCursor cursor(messages);
-    CommandRec message;
+    Message message;
     // What the connection held before this event does not change until the event is over; only
     // what the handlers add to its outbox does.
     const qint64 heldBefore = element.bytesQueued() - element.outboxBytes();

@@ -5,13 +5,13 @@
 namespace {
 constexpr size_t kCommandLength = 6;
 
-CommandRec recordOf(std::string_view message) {
+Message recordOf(std::string_view message) {
     if (message.size() < kCommandLength) return {message, {}};
     return {message.substr(0, kCommandLength), message.substr(kCommandLength)};
 }
 } // namespace
 
-bool MessageCursor::next(CommandRec& message) {
+bool MessageCursor::next(Message& message) {
     for (;;) {
         const void* nul = std::memchr(rest_.data(), '\0', rest_.size());
         if (!nul) {
@@ -29,9 +29,9 @@ bool MessageCursor::next(CommandRec& message) {
 
 bool hasShortMessage(std::string_view arrival) {
     MessageCursor cursor(arrival);
-    CommandRec message;
+    Message message;
     while (cursor.next(message))
-        if (message.Command.size() < kCommandLength) return true;
+        if (message.command.size() < kCommandLength) return true;
     return false;
 }
 
@@ -41,19 +41,19 @@ void checkArrival(std::string_view arrival, ErrorLog& log, std::string_view rout
     trap.raise(errors::invalidCall());
 }
 
-CommandList splitArrival(std::string_view data, ErrorTrap& trap) {
-    CommandList list;
+MessageList splitArrival(std::string_view data, ErrorTrap& trap) {
+    MessageList list;
     MessageCursor cursor(data);
-    CommandRec message;
+    Message message;
     while (cursor.next(message)) {
-        if (message.Command.size() < kCommandLength) trap.raise(errors::invalidCall());
+        if (message.command.size() < kCommandLength) trap.raise(errors::invalidCall());
         list.append(message);
     }
     return list;
 }
 
-CommandList splitAiArrival(std::string_view data, ErrorTrap& trap) {
-    CommandList list;
+MessageList splitAiArrival(std::string_view data, ErrorTrap& trap) {
+    MessageList list;
     if (data.size() < kCommandLength) trap.raise(errors::invalidCall());
     list.append(recordOf(data));
     return list;

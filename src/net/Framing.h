@@ -2,8 +2,8 @@
 // Splitting one arrival into messages. Each arrival is parsed on its own and nothing is carried
 // to the next: a message split across two reads is lost as a whole (its head has no NUL, its
 // tail reads as a message of its own). Peers send one message per write.
-#include "net/CommandRec.h"
-#include "server/ErrorTrap.h"
+#include "basics/ErrorTrap.h"
+#include "net/Message.h"
 
 #include <cstddef>
 #include <string_view>
@@ -19,7 +19,7 @@ class MessageCursor {
   public:
     explicit MessageCursor(std::string_view arrival) : rest_(arrival) {}
     // The next message, or false at the end of the arrival.
-    bool next(CommandRec& message);
+    bool next(Message& message);
     // What has not been handed out yet.
     std::string_view rest() const { return rest_; }
 
@@ -37,7 +37,7 @@ bool hasShortMessage(std::string_view arrival);
 void checkArrival(std::string_view arrival, ErrorLog& log, std::string_view routine);
 
 // Player/AWACS/SIM channels, whole: the records MessageCursor hands out.
-CommandList splitArrival(std::string_view data, ErrorTrap& trap);
+MessageList splitArrival(std::string_view data, ErrorTrap& trap);
 
 // AI Spy channel: every arrival is exactly one command, NULs included in its Data.
-CommandList splitAiArrival(std::string_view data, ErrorTrap& trap);
+MessageList splitAiArrival(std::string_view data, ErrorTrap& trap);

@@ -1,7 +1,7 @@
 #include "net/Listener.h"
 
+#include "basics/RuntimeError.h"
 #include "net/DescriptorLimit.h"
-#include "server/RuntimeError.h"
 
 #include <QTcpSocket>
 

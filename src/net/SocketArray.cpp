@@ -1,6 +1,6 @@
 #include "net/SocketArray.h"
 
-#include "server/RuntimeError.h"
+#include "basics/RuntimeError.h"
 
 SocketArray::SocketArray(QObject* parent) : QObject(parent), listener_(this) {
     connect(&listener_, &Listener::connectionRequest, this,

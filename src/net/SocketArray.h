@@ -4,6 +4,7 @@
 // "Control array element 'N' doesn't exist"; loading one that is raises "Object already
 // loaded" (the 49th connection tries element 0).
 #include "net/Listener.h"
+#include "net/SlotTable.h"
 #include "net/SocketElement.h"
 
 #include <QObject>
@@ -14,7 +15,7 @@
 class SocketArray : public QObject {
     Q_OBJECT
   public:
-    static constexpr int kMaxIndex = 48;
+    static constexpr int kMaxIndex = kMaxSlot;
     explicit SocketArray(QObject* parent = nullptr);
 
     void listen(quint16 port) { listener_.listen(port); }

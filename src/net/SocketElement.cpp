@@ -1,11 +1,12 @@
 #include "net/SocketElement.h"
 
+#include "basics/RuntimeError.h"
 #include "net/ClosedConnections.h"
 #include "net/Framing.h"
 #include "net/PeerLiveness.h"
-#include "server/RuntimeError.h"
 
 #include <QCoreApplication>
+#include <QHostAddress>
 #include <QTcpSocket>
 
 #include <algorithm>
@@ -36,6 +37,16 @@ SocketElement::~SocketElement() {
 
 qintptr SocketElement::descriptor() const {
     return socket_ ? socket_->socketDescriptor() : -1;
+}
+
+QString SocketElement::peerAddress() const {
+    if (!socket_) return {};
+    // An IPv4 peer of a dual-stack socket reads as ::ffff:a.b.c.d; the operator knows a.b.c.d.
+    QHostAddress address = socket_->peerAddress();
+    bool isV4 = false;
+    const quint32 v4 = address.toIPv4Address(&isV4);
+    if (isV4) address = QHostAddress(v4);
+    return address.toString() + ":" + QString::number(socket_->peerPort());
 }
 
 int SocketElement::state() const {
@@ -69,6 +80,8 @@ void SocketElement::accept(qintptr requestId) {
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     watchPeerLiveness(requestId);
     socket_ = socket;
+    connectedSince_ = QDateTime::currentDateTime();
+    messagesDropped_ = 0;
     connect(socket, &QTcpSocket::readyRead, this,
             [this] { emit dataArrival(index_, socket_->bytesAvailable()); });
     connect(socket, &QTcpSocket::bytesWritten, this, [this] { noticeDrain(); });
@@ -172,6 +185,7 @@ void SocketElement::send(std::string_view command, std::string_view data) {
         data = data.substr(0, static_cast<size_t>(static_cast<const char*>(nul) - data.data()));
     const qint64 size = static_cast<qint64>(command.size() + data.size() + 1);
     if (!answering_ && queuedBeforeEvent_ + static_cast<qint64>(outbox_.size()) + size > kOutputCap) {
+        ++messagesDropped_;
         return;
     }
     if (outbox_.empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 #include <QByteArray>
+#include <QDateTime>
 #include <QObject>
 #include <QString>
 
@@ -34,6 +35,11 @@ class SocketElement : public QObject {
     // The system's handle of the connection, -1 when there is none.
     qintptr descriptor() const;
     int state() const;
+    // What the operator's status shows of a connection: the peer's address ("" when none), when
+    // it was accepted, and how many messages the output cap dropped since.
+    QString peerAddress() const;
+    QDateTime connectedSince() const { return connectedSince_; }
+    qint64 messagesDropped() const { return messagesDropped_; }
     // Takes over an accepted connection; "wrong state" unless this element is closed.
     void accept(qintptr requestId);
 
@@ -103,4 +109,6 @@ class SocketElement : public QObject {
     size_t heldFrom_ = 0; // where the held part of inbox_ begins
     bool held_ = false;
     bool passedOver_ = false;
+    QDateTime connectedSince_;
+    qint64 messagesDropped_ = 0;
 };

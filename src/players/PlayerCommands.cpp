@@ -5,109 +5,83 @@
 //   VERFOK/VERNOK -> mark "O"/"X"; ERRGET p -> player p's reasons as texts; VALEND -> gone.
 #include "players/PlayerSessions.h"
 
-#include "net/ArrivalService.h"
-#include "net/Text.h"
+#include "basics/Text.h"
 #include "relay/AwacsClients.h"
-#include "server/Server.h"
 #include "setups/SetupCatalogue.h"
 
 namespace {
 
-constexpr std::string_view kArrivalLabel = "Command arrived from Player #";
+constexpr ChannelNames kNames{
+    "WS1_ConnectionRequest",         "WS1_DataArrival",         "ParseData", "SendCommand",
+    "Command arrived from Player #", "Command sent to Player #"};
 
-// The command names in the order they are compared; GETLST is the one not logged.
-constexpr std::string_view kRecognised[] = {"GETLST", "VERFOK", "VERNOK", "F4LOCA", "VALIDR",
-                                            "GETVLA", "GETVLO", "VALEND", "VLERRO", "ERRRDM",
-                                            "ERRADD", "ERRDON", "ERRGET"};
+using Data = std::string_view;
 
-bool isRecognised(std::string_view command) {
-    for (std::string_view name : kRecognised)
-        if (command == name) return true;
-    return false;
-}
+// A new command is one row here and one function on PlayerSessions. GETLST, asked for all
+// evening, is the one arrival not written to the traffic log.
+constexpr CommandRow<PlayerSessions> kCommands[] = {
+    {"GETLST", false, [](PlayerSessions& p, int16_t slot, Data, ErrorTrap&) { p.sendPlayerList(slot); }},
+    {"VERFOK", true,
+     [](PlayerSessions& p, int16_t slot, Data, ErrorTrap&) { p.markVerification("OK", slot); }},
+    {"VERNOK", true,
+     [](PlayerSessions& p, int16_t slot, Data, ErrorTrap&) { p.markVerification("NOK", slot); }},
+    {"F4LOCA", true,
+     [](PlayerSessions& p, int16_t slot, Data data, ErrorTrap&) { p.relayPosition(data, slot); }},
+    {"VALIDR", true, [](PlayerSessions& p, int16_t slot, Data data, ErrorTrap&) { p.addPlayer(data, slot); }},
+    {"GETVLA", true, [](PlayerSessions& p, int16_t slot, Data, ErrorTrap&) { p.sendSetupList(slot); }},
+    {"GETVLO", true,
+     [](PlayerSessions& p, int16_t slot, Data data, ErrorTrap& trap) { p.chooseSetup(data, slot, trap); }},
+    {"VALEND", true, [](PlayerSessions& p, int16_t slot, Data, ErrorTrap&) { p.dropPlayer(slot); }},
+    // Free text from the player's program: the arrival line is all it gets.
+    {"VLERRO", true, [](PlayerSessions&, int16_t, Data, ErrorTrap&) {}},
+    {"ERRRDM", true,
+     [](PlayerSessions& p, int16_t slot, Data data, ErrorTrap& trap) {
+         int16_t count = 0;
+         if (trap.take(text::int16Of(text::leadingNumber(data)), count)) p.resizeFailedLines(slot, count);
+     }},
+    {"ERRADD", true,
+     [](PlayerSessions& p, int16_t slot, Data data, ErrorTrap&) { p.addFailedLine(data, slot); }},
+    // The list is complete as the ERRADDs left it.
+    {"ERRDON", true, [](PlayerSessions&, int16_t, Data, ErrorTrap&) {}},
+    {"ERRGET", true,
+     [](PlayerSessions& p, int16_t slot, Data data, ErrorTrap& trap) {
+         int16_t position = 0;
+         if (trap.take(text::int16Of(text::leadingNumber(data)), position)) p.sendFailedLines(slot, position);
+     }},
+};
 
 } // namespace
 
-// A VALEND in the middle of a batch unloads the socket; the commands after it are still
-// handled, and whatever they answer is dropped by the sender.
-void PlayerSessions::WS1_DataArrival(int index) {
-    ErrorTrap trap(server_.errorLog(), "WS1_DataArrival");
-    SocketElement* element = nullptr;
-    if (!trap([&] { element = &server_.WS1().element(index); })) return;
-    serveArrival(*element, server_.errorLog(), "ParseData", [&](const CommandRec& command) {
-        handleArrived(command, static_cast<int16_t>(index), trap);
-    });
+const ChannelNames& PlayerSessions::channelNames() {
+    return kNames;
 }
 
-// The player has read what held its requests: the rest of its arrival is handled now.
-void PlayerSessions::WS1_Drained(int index) {
-    ErrorTrap trap(server_.errorLog(), "WS1_DataArrival");
-    SocketElement* element = nullptr;
-    if (!trap([&] { element = &server_.WS1().element(index); })) return;
-    resumeArrival(*element, [&](const CommandRec& command) {
-        handleArrived(command, static_cast<int16_t>(index), trap);
-    });
+void PlayerSessions::serveCommands() {
+    channel_.serve(*this, kCommands,
+                   {[this](int16_t slot) { dropPlayer(slot); }, [this](int16_t slot) { dropPlayer(slot); }});
 }
 
-void PlayerSessions::handleArrived(const CommandRec& command, int16_t slot, ErrorTrap& trap) {
-    if (!isRecognised(command.Command)) return; // unknown commands are ignored silently
-    if (command.Command != "GETLST") server_.logArrival(kArrivalLabel, slot, command);
-    handleCommand(command, slot, trap);
-}
-
-void PlayerSessions::handleCommand(const CommandRec& command, int16_t slot, ErrorTrap& trap) {
-    const std::string_view name = command.Command;
-    const std::string_view payload = command.Data;
-    if (name == "GETLST") {
-        SendPlayerslist(slot);
-    } else if (name == "VERFOK") {
-        UpdateVerifStatus("OK", slot);
-    } else if (name == "VERNOK") {
-        UpdateVerifStatus("NOK", slot);
-    } else if (name == "F4LOCA") {
-        trap([&] { server_.awacs().SendToAwacsClients(payload, slot); });
-    } else if (name == "VALIDR") {
-        AddToPlayerList(payload, slot);
-    } else if (name == "GETVLA") {
-        server_.setups().SendSetupList(slot);
-    } else if (name == "GETVLO") {
-        handleSetupChoice(payload, slot, trap);
-    } else if (name == "VALEND") {
-        DeletePlayer(slot);
-    } else if (name == "VLERRO") {
-        // Free text from the player's program: the arrival line above is all it gets.
-    } else if (name == "ERRRDM") {
-        int16_t count = 0;
-        if (trap.take(text::int16Of(text::leadingNumber(payload)), count)) PlayerErrorListRedim(slot, count);
-    } else if (name == "ERRADD") {
-        PlayerErrorListAdd(payload, slot);
-    } else if (name == "ERRDON") {
-        PlayerErrorListDone(slot);
-    } else if (name == "ERRGET") {
-        int16_t position = 0;
-        if (trap.take(text::int16Of(text::leadingNumber(payload)), position))
-            SendErrorListToPlayer(slot, position);
-    }
+void PlayerSessions::relayPosition(std::string_view data, int16_t slot) {
+    awacs_.relayPlayerPosition(data, slot);
 }
 
 // GETVLO: the setup's lines go to the player, and every record on the slot notes the choice.
-// Nobody is told and the tree view keeps its text until the next status change redraws it.
-void PlayerSessions::handleSetupChoice(std::string_view payload, int16_t slot, ErrorTrap& trap) {
+// Nobody is told and the status window keeps its text until the next mark change redraws it.
+void PlayerSessions::chooseSetup(std::string_view payload, int16_t slot, ErrorTrap& trap) {
     const double number = text::leadingNumber(payload);
     const Checked<int16_t> asInt16 = text::int16Of(number);
     int16_t setupNumber = 0;
-    if (trap.take(asInt16, setupNumber)) server_.setups().SendSetup(setupNumber, slot);
+    if (trap.take(asInt16, setupNumber)) sendSetupLines(setupNumber, slot);
     const Checked<int32_t> asInt32 = text::int32Of(number);
-    for (int i = 1; i <= Players_.ubound(); ++i) {
-        PlayerRecord& player = Players_[i];
-        if (player.Slot != slot) continue;
+    for (int i = 1; i <= roster_.ubound(); ++i) {
+        PlayerRecord& player = roster_[i];
+        if (player.slot != slot) continue;
         // A number past the catalogue keeps the old name; 0 names the empty element 0, "".
         int32_t position = 0;
         if (trap.take(asInt32, position)) {
-            const SetupRecord* setup = server_.setups().Setups().find(position);
-            if (trap.require(setup != nullptr, errors::subscriptOutOfRange))
-                player.PlayerSetupName = setup->Name;
+            const SetupRecord* setup = setups_.list().find(position);
+            if (trap.require(setup != nullptr, errors::subscriptOutOfRange)) player.setupName = setup->name;
         }
-        trap.take(asInt16, player.SetupNumber);
+        trap.take(asInt16, player.setupNumber);
     }
 }

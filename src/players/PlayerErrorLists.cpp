@@ -3,21 +3,21 @@
 // player asks (ERRGET), so they always explain the line as the catalogue holds it now.
 #include "players/PlayerSessions.h"
 
-#include "net/Text.h"
-#include "server/Server.h"
+#include "basics/Text.h"
+#include "setups/FailureSentence.h"
 #include "setups/SetupCatalogue.h"
 
-void PlayerSessions::PlayerErrorListRedim(int16_t slot, int16_t count) {
-    ErrorTrap trap(server_.errorLog(), "PlayerErrorListRedim");
+void PlayerSessions::resizeFailedLines(int16_t slot, int16_t count) {
+    ErrorTrap trap(logs_.errors, "PlayerErrorListRedim");
     PlayerRecord* player = firstOnSlot(slot);
     if (!player) return;
     // A new list replaces the old one; a negative count leaves the old one as it was.
     if (trap.require(count >= 0, errors::subscriptOutOfRange))
-        player->Errors = VbList<int16_t>::withUpperBound(count);
+        player->failedLines = VbList<int16_t>::withUpperBound(count);
 }
 
-void PlayerSessions::PlayerErrorListAdd(std::string_view payload, int16_t slot) {
-    ErrorTrap trap(server_.errorLog(), "PlayerErrorListAdd");
+void PlayerSessions::addFailedLine(std::string_view payload, int16_t slot) {
+    ErrorTrap trap(logs_.errors, "PlayerErrorListAdd");
     PlayerRecord* player = firstOnSlot(slot);
     if (!player) return;
     // Field 1 is a place in the list, not an error code; places may come in any order.
@@ -28,51 +28,34 @@ void PlayerSessions::PlayerErrorListAdd(std::string_view payload, int16_t slot) 
     int32_t place = 0;
     if (!trap.take(text::int16Of(text::leadingNumber(line.substr(0, line.find('@')))), lineNumber)) return;
     if (!trap.take(text::int32Of(text::leadingNumber(payload.substr(0, at))), place)) return;
-    int16_t* entry = player->Errors.find(place);
+    int16_t* entry = player->failedLines.find(place);
     if (trap.require(entry != nullptr, errors::subscriptOutOfRange)) *entry = lineNumber;
 }
 
-// ERRDON needs a handler and nothing more: the list is complete as the ERRADDs left it.
-void PlayerSessions::PlayerErrorListDone(int16_t) {}
-
-void PlayerSessions::SendErrorListToPlayer(int16_t toSlot, int16_t position) {
-    ErrorTrap trap(server_.errorLog(), "SendErrorListToPlayer");
-    Senders& senders = server_.senders();
+void PlayerSessions::sendFailedLines(int16_t toSlot, int16_t position) {
+    ErrorTrap trap(logs_.errors, "SendErrorListToPlayer");
     const std::string p = text::number(position);
     // A position that is not a listed player is reported as an empty list; element 0 is the
     // empty record, which has no list at all.
-    const PlayerRecord* player = position >= 1 ? Players_.find(position) : nullptr;
+    const PlayerRecord* player = position >= 1 ? roster_.find(position) : nullptr;
     const int count =
-        trap.require(player != nullptr, errors::subscriptOutOfRange) ? player->Errors.ubound() : 0;
-    senders.SendCommand("ERRRDM", p + "@" + text::number(count), toSlot);
+        trap.require(player != nullptr, errors::subscriptOutOfRange) ? player->failedLines.ubound() : 0;
+    channel_.send("ERRRDM", p + "@" + text::number(count), toSlot);
     for (int i = 1; i <= count; ++i) {
-        const std::string reason = ErrnumToStr(position, player->Errors[i]);
-        senders.SendCommand("ERRADD", p + "@" + text::number(i) + "@" + reason, toSlot);
+        const std::string reason = failureReason(position, player->failedLines[i]);
+        channel_.send("ERRADD", p + "@" + text::number(i) + "@" + reason, toSlot);
     }
-    senders.SendCommand("ERRDON", p, toSlot);
+    channel_.send("ERRDON", p, toSlot);
 }
 
-std::string PlayerSessions::ErrnumToStr(int16_t position, int16_t lineNumber) {
-    ErrorTrap trap(server_.errorLog(), "ErrnumToStr");
+std::string PlayerSessions::failureReason(int16_t position, int16_t lineNumber) {
+    ErrorTrap trap(logs_.errors, "ErrnumToStr");
     std::string reason;
-    const PlayerRecord* player = Players_.find(position);
-    const VbList<std::string>* lines = player ? server_.setups().findLines(player->SetupNumber) : nullptr;
+    const PlayerRecord* player = roster_.find(position);
+    const VbList<std::string>* lines = player ? setups_.findLines(player->setupNumber) : nullptr;
     const std::string* line = lines ? lines->find(lineNumber) : nullptr;
     if (!trap.require(line != nullptr, errors::subscriptOutOfRange)) return reason;
-    VbList<std::string> fields = text::splitAt(*line);
-    const std::string& kind = fields[1];
-    // The texts are the ones the players' programs show; their spelling is part of the protocol.
-    trap([&] {
-        if (kind == "CURSET")
-            reason = "Your current setup is different";
-        else if (kind == "CURTHE")
-            reason = "Your currently selected theater is different";
-        else if (kind == "CONFIG")
-            reason = "The " + fields[2] + " entry in cofig file is differrent or absent";
-        else if (kind == "CHKSUM")
-            reason = "The " + fields[2] + " file is differrent or absent";
-        else if (kind == "CHKSIM")
-            reason = "There is a directory called 'Sim' in your setup. Please delete it...";
-    });
+    // A line that lacks the field its sentence names fails here and explains as "".
+    trap([&] { reason = failureSentence(*line); });
     return reason;
 }

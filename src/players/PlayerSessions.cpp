@@ -1,132 +1,109 @@
 #include "players/PlayerSessions.h"
 
-#include "net/Text.h"
+#include "basics/Text.h"
 #include "relay/AirplaneText.h"
 #include "relay/AwacsClients.h"
-#include "server/Server.h"
 
-PlayerSessions::PlayerSessions(Server& server) : server_(server) {}
+PlayerSessions::PlayerSessions(SlotChannel& channel, AwacsClients& awacs, const SetupCatalogue& setups,
+                               RunLogs logs, StatusDisplay& display)
+    : channel_(channel), awacs_(awacs), setups_(setups), logs_(logs), display_(display) {
+    serveCommands();
+}
 
 void PlayerSessions::reset() {
-    Players_.reset();
-    PlayerSlotUsed_.fill(false);
-}
-
-void PlayerSessions::WS1_ConnectionRequest(int index, qintptr requestId) {
-    if (index != 0) return;
-    ErrorTrap trap(server_.errorLog(), "WS1_ConnectionRequest");
-    acceptOnLowestFreeSlot(server_.WS1(), PlayerSlotUsed_, requestId, trap);
-}
-
-// A close and an error on the same slot may both arrive; the second finds the slot free.
-void PlayerSessions::WS1_Close(int index) {
-    DeletePlayer(static_cast<int16_t>(index));
-}
-void PlayerSessions::WS1_Error(int index) {
-    DeletePlayer(static_cast<int16_t>(index));
+    roster_.reset();
+    channel_.reset();
 }
 
 std::string PlayerSessions::describe(int position) const {
-    const PlayerRecord& p = Players_[position];
-    return text::number(position) + "@" + p.Name + "@" + p.PlayerSetupName + "@" + p.Status;
+    const PlayerRecord& p = roster_[position];
+    return text::number(position) + "@" + p.name + "@" + p.setupName + "@" + p.mark;
 }
 
 PlayerRecord* PlayerSessions::firstOnSlot(int16_t slot) {
-    for (int i = 1; i <= Players_.ubound(); ++i)
-        if (Players_[i].Slot == slot) return &Players_[i];
+    for (int i = 1; i <= roster_.ubound(); ++i)
+        if (roster_[i].slot == slot) return &roster_[i];
     return nullptr;
 }
 
-void PlayerSessions::toEveryPlayer(std::string_view command, const std::string& data, ErrorTrap& trap) {
-    for (int i = 1; i <= Players_.ubound(); ++i)
-        trap([&] { server_.senders().SendCommand(command, data, Players_[i].Slot); });
+void PlayerSessions::sendToEveryPlayer(std::string_view command, std::string_view data) {
+    for (int i = 1; i <= roster_.ubound(); ++i)
+        channel_.send(command, data, roster_[i].slot);
 }
 
-void PlayerSessions::AddToPlayerList(std::string_view name, int16_t slot) {
-    ErrorTrap trap(server_.errorLog(), "AddToPlayerList");
+void PlayerSessions::announceTo(const Announce& announce) const {
+    for (int k = 1; k <= roster_.ubound(); ++k)
+        announce(playerAnnouncement(roster_[k].slot, roster_[k].name));
+}
+
+void PlayerSessions::addPlayer(std::string_view name, int16_t slot) {
+    ErrorTrap trap(logs_.errors, "AddToPlayerList");
     // A second VALIDR on one slot makes a second record: both get every status change and
     // both go when the connection does.
     int listed = 0;
-    for (int i = 1; i <= Players_.ubound(); ++i)
-        listed += Players_[i].Slot == slot;
+    for (int i = 1; i <= roster_.ubound(); ++i)
+        listed += roster_[i].slot == slot;
     if (!trap.require(listed < kMaxListingsPerSlot, tooManyListings)) return;
-    trap([&] {
-        PlayerRecord& added = Players_.append();
-        added.Name = name;
-        added.Slot = slot;
-        added.PlayerSetupName = "";
-        added.Status = "-";
-        added.Errors.reset();
-        added.SetupNumber = 0;
-    });
-    UpdateDisplay();
-    server_.awacs().toEveryClient("NEWCLT", playerAnnouncement(slot, name), trap);
-    std::string announcement;
-    trap([&] { announcement = describe(Players_.ubound()); });
-    toEveryPlayer("PLSNEW", announcement, trap);
+    PlayerRecord& added = roster_.append();
+    added.name = name;
+    added.slot = slot;
+    added.mark = "-";
+    showRoster();
+    awacs_.sendToAwacs("NEWCLT", playerAnnouncement(slot, name));
+    sendToEveryPlayer("PLSNEW", describe(roster_.ubound()));
 }
 
-void PlayerSessions::DeletePlayer(int16_t slot) {
-    // A second close or error for the slot, or an event on the listener, ends here.
-    if (slot < 0 || slot >= 49 || !PlayerSlotUsed_[static_cast<size_t>(slot)]) return;
-    ErrorTrap trap(server_.errorLog(), "DeletePlayer");
-    trap([&] { server_.WS1().unload(slot); });
-    PlayerSlotUsed_[static_cast<size_t>(slot)] = false;
-
-    const int removedPosition = Players_.removeWhere([&](const PlayerRecord& p) { return p.Slot == slot; });
-
-    UpdateDisplay();
-    server_.awacs().toEveryClient("DELCLT", text::number(slot), trap);
+void PlayerSessions::dropPlayer(int16_t slot) {
+    // A second close or error for the slot ends here.
+    if (!channel_.taken(slot)) return;
+    ErrorTrap trap(logs_.errors, "DeletePlayer");
+    channel_.release(slot, trap);
+    const int removedPosition = roster_.removeWhere([&](const PlayerRecord& p) { return p.slot == slot; });
+    showRoster();
+    awacs_.sendToAwacs("DELCLT", text::number(slot));
     // Goes out even when the connection never registered, then as "0".
-    toEveryPlayer("PLSDEL", text::number(removedPosition), trap);
+    sendToEveryPlayer("PLSDEL", text::number(removedPosition));
 }
 
-void PlayerSessions::SendPlayerslist(int16_t slot) {
-    ErrorTrap trap(server_.errorLog(), "SendPlayerslist");
-    Senders& senders = server_.senders();
-    const int count = Players_.ubound();
-    trap([&] { senders.SendCommand("PLRDIM", text::number(count), slot); });
+void PlayerSessions::sendPlayerList(int16_t slot) {
+    const int count = roster_.ubound();
+    channel_.send("PLRDIM", text::number(count), slot);
     for (int i = 1; i <= count; ++i)
-        trap([&] { senders.SendCommand("PLSADD", describe(i), slot); });
-    trap([&] { senders.SendCommand("PLDONE", "", slot); });
-    trap([&] { senders.SendCommand("AWANUM", text::number(server_.awacs().AwacsList().ubound()), slot); });
+        channel_.send("PLSADD", describe(i), slot);
+    channel_.send("PLDONE", "", slot);
+    channel_.send("AWANUM", text::number(awacs_.listed().ubound()), slot);
 }
 
-void PlayerSessions::UpdateVerifStatus(std::string_view status, int16_t slot) {
-    ErrorTrap trap(server_.errorLog(), "UpdateVerifStatus");
+void PlayerSessions::markVerification(std::string_view verdict, int16_t slot) {
     std::string mark;
-    if (status == "OK")
+    if (verdict == "OK")
         mark = "O";
-    else if (status == "NOK")
+    else if (verdict == "NOK")
         mark = "X";
-    else if (status == "?")
+    else if (verdict == "?")
         mark = "-";
     int position = 0; // no record on the slot: the broadcast describes the empty element 0
-    for (int i = 1; i <= Players_.ubound(); ++i) {
-        if (Players_[i].Slot != slot) continue;
-        if (!mark.empty()) Players_[i].Status = mark;
+    for (int i = 1; i <= roster_.ubound(); ++i) {
+        if (roster_[i].slot != slot) continue;
+        if (!mark.empty()) roster_[i].mark = mark;
         position = i;
     }
-    std::string update;
-    trap([&] { update = describe(position); });
-    toEveryPlayer("PLSUPD", update, trap);
-    UpdateDisplay();
+    sendToEveryPlayer("PLSUPD", describe(position));
+    showRoster();
 }
 
-void PlayerSessions::UpdateDisplay() {
-    ErrorTrap trap(server_.errorLog(), "UpdateDisplay");
+void PlayerSessions::showRoster() {
     std::vector<PlayerRow> rows;
-    for (int i = 1; i <= Players_.ubound(); ++i) {
-        const PlayerRecord& p = Players_[i];
-        std::string label = p.Name + " (" + p.PlayerSetupName + ")";
-        rows.push_back({text::display(label), StatusToImageNum(p.Status)});
+    for (int i = 1; i <= roster_.ubound(); ++i) {
+        const PlayerRecord& p = roster_[i];
+        rows.push_back({text::display(p.name + " (" + p.setupName + ")"), imageOfMark(p.mark)});
     }
-    server_.display().showPlayers(rows);
+    display_.showPlayers(rows);
 }
 
-int16_t PlayerSessions::StatusToImageNum(std::string_view status) {
-    if (status == "O") return 1;
-    if (status == "X") return 2;
-    if (status == "-") return 3;
+int16_t PlayerSessions::imageOfMark(std::string_view mark) {
+    if (mark == "O") return 1;
+    if (mark == "X") return 2;
+    if (mark == "-") return 3;
     return 0;
 }

@@ -1,82 +1,86 @@
 #pragma once
-// The player channel (port 5555): connection slots, the registered players and their
-// broadcasts, the tree view rows, the dispatch of what players send, and each player's list
-// of failed setup lines.
+// The players (port 5555): the registered players and their broadcasts, the status window's
+// rows, what players send, the setups offered to them and each player's list of failed setup
+// lines.
 //
 // A connection and a listed player are two things: a socket gets a slot on accept; a record
 // is made only when the peer registers with VALIDR. Players know each other by position in
-// Players (which shifts down on removal), AWACS clients know players by slot.
-#include "net/CommandRec.h"
-#include "net/SlotAccept.h"
-#include "server/ErrorTrap.h"
-#include "server/VbList.h"
-
-#include <QtGlobal>
+// the roster (which shifts down on removal), AWACS clients know players by slot.
+#include "basics/ErrorTrap.h"
+#include "basics/RunLogs.h"
+#include "basics/StatusDisplay.h"
+#include "basics/VbList.h"
+#include "net/SlotChannel.h"
+#include "relay/PictureSource.h"
+#include "relay/PlayerAudience.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-class Server;
+class AwacsClients;
+class SetupCatalogue;
 
 struct PlayerRecord {
-    std::string Name;            // the whole VALIDR payload
-    std::string PlayerSetupName; // Name of the setup last fetched with GETVLO
-    int16_t SetupNumber = 0;     // its number in Setups
-    std::string Status;          // "-" not verified, "O" verified, "X" failed
-    int16_t Slot = 0;            // the WS1 element of the player's socket
-    VbList<int16_t> Errors;      // numbers of the setup lines that failed, 1..ubound
+    std::string name;            // the whole VALIDR payload
+    std::string setupName;       // name of the setup last fetched with GETVLO
+    int16_t setupNumber = 0;     // its number in the catalogue
+    std::string mark;            // "-" not verified, "O" verified, "X" failed
+    int16_t slot = 0;            // the slot of the player's connection
+    VbList<int16_t> failedLines; // numbers of the setup lines that failed, 1..ubound
 };
 
-class PlayerSessions {
+class PlayerSessions : public PictureSource, public PlayerAudience {
   public:
-    explicit PlayerSessions(Server& server);
+    static const ChannelNames& channelNames();
 
-    // Start-up: the lists back to their one unused element 0.
+    PlayerSessions(SlotChannel& channel, AwacsClients& awacs, const SetupCatalogue& setups, RunLogs logs,
+                   StatusDisplay& display);
+
+    // Start-up: nobody listed, every slot free.
     void reset();
 
-    // Socket events of WS1.
-    void WS1_ConnectionRequest(int index, qintptr requestId);
-    void WS1_DataArrival(int index);
-    void WS1_Drained(int index);
-    void WS1_Close(int index);
-    void WS1_Error(int index);
-
-    // The player list and its broadcasts.
-    void AddToPlayerList(std::string_view name, int16_t slot);
-    void DeletePlayer(int16_t slot);
-    void SendPlayerslist(int16_t slot);
+    // The roster and its broadcasts.
+    void addPlayer(std::string_view name, int16_t slot);
+    // VALEND or the connection gone: the slot is freed and its records leave the roster.
+    void dropPlayer(int16_t slot);
+    void sendPlayerList(int16_t slot);
     // "OK" marks "O", "NOK" marks "X", "?" marks "-".
-    void UpdateVerifStatus(std::string_view status, int16_t slot);
-    void UpdateDisplay();
-    static int16_t StatusToImageNum(std::string_view status);
+    void markVerification(std::string_view verdict, int16_t slot);
+    void chooseSetup(std::string_view payload, int16_t slot, ErrorTrap& trap);
+    // F4LOCA: on to every AWACS client.
+    void relayPosition(std::string_view data, int16_t slot);
 
-    // The error lists that players report and ask for.
-    void PlayerErrorListRedim(int16_t slot, int16_t count);
-    void PlayerErrorListAdd(std::string_view payload, int16_t slot);
-    void PlayerErrorListDone(int16_t slot);
-    void SendErrorListToPlayer(int16_t toSlot, int16_t position);
-    std::string ErrnumToStr(int16_t position, int16_t lineNumber);
+    // The catalogue offered: the list of setups (the player's mark goes back to "-" first), and
+    // one setup's record lines exactly as loaded.
+    void sendSetupList(int16_t slot);
+    void sendSetupLines(int16_t setupNumber, int16_t slot);
 
-    const VbList<PlayerRecord>& Players() const { return Players_; }
-    // Player slots; airplane numbers of SIM clients are taken from the same table.
-    SlotTable& PlayerSlotUsed() { return PlayerSlotUsed_; }
+    // The failed-line lists that players report and ask for.
+    void resizeFailedLines(int16_t slot, int16_t count);
+    void addFailedLine(std::string_view payload, int16_t slot);
+    void sendFailedLines(int16_t toSlot, int16_t position);
+    std::string failureReason(int16_t position, int16_t lineNumber);
 
-    // One message to every listed player, each send a statement of the caller's trap.
-    void toEveryPlayer(std::string_view command, const std::string& data, ErrorTrap& trap);
+    const VbList<PlayerRecord>& roster() const { return roster_; }
+    // 1 verified, 2 failed, 3 not yet verified, 0 none: the image the status window shows.
+    static int16_t imageOfMark(std::string_view mark);
+
+    void sendToEveryPlayer(std::string_view command, std::string_view data) override;
+    void announceTo(const Announce& announce) const override;
 
   private:
-    // One recognised command of an arrival, under WS1_DataArrival's trap.
-    void handleArrived(const CommandRec& command, int16_t slot, ErrorTrap& trap);
-    void handleCommand(const CommandRec& command, int16_t slot, ErrorTrap& trap);
-    void handleSetupChoice(std::string_view payload, int16_t slot, ErrorTrap& trap);
-    // Position "@" Name "@" PlayerSetupName "@" Status, as PLSNEW, PLSUPD and PLSADD carry it.
+    void serveCommands();
+    void showRoster();
+    // Position "@" name "@" setup name "@" mark, as PLSNEW, PLSUPD and PLSADD carry it.
     std::string describe(int position) const;
     // The first record on the slot, or none.
     PlayerRecord* firstOnSlot(int16_t slot);
-    // Sends to every listed player, in position order.
 
-    Server& server_;
-    VbList<PlayerRecord> Players_;
-    SlotTable PlayerSlotUsed_{};
+    SlotChannel& channel_;
+    AwacsClients& awacs_;
+    const SetupCatalogue& setups_;
+    RunLogs logs_;
+    StatusDisplay& display_;
+    VbList<PlayerRecord> roster_;
 };

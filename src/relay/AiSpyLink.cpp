@@ -3,41 +3,56 @@
 #include "net/Framing.h"
 #include "relay/AiSpyText.h"
 #include "relay/AwacsClients.h"
-#include "server/Server.h"
 
-AiSpyLink::AiSpyLink(Server& server) : server_(server) {}
+AiSpyLink::AiSpyLink(AwacsClients& awacs, RunLogs logs, StatusDisplay& display)
+    : awacs_(awacs), logs_(logs), display_(display) {
+    QObject::connect(&listener_, &Listener::connectionRequest, &listener_,
+                     [this](qintptr id) { accept(id); });
+    QObject::connect(&connection_, &SocketElement::dataArrival, &connection_,
+                     [this](int, qint64) { serveArrival(); });
+    QObject::connect(&connection_, &SocketElement::closed, &connection_, [this](int) { onClosed(); });
+    QObject::connect(&connection_, &SocketElement::error, &connection_,
+                     [this](int, int, const QString&) { onFailed(); });
+}
 
 // One AI Spy at a time: a second one that connects while the first is up gets no answer.
-void AiSpyLink::WS5_ConnectionRequest(qintptr requestId) {
-    ErrorTrap trap(server_.errorLog(), "WS5_ConnectionRequest");
-    SocketElement& ws4 = server_.WS4();
-    if (ws4.state() == SocketElement::Connected) return;
-    if (ws4.state() != SocketElement::Closed) ws4.close();
+void AiSpyLink::accept(qintptr requestId) {
+    ErrorTrap trap(logs_.errors, "WS5_ConnectionRequest");
+    if (connection_.state() == SocketElement::Connected) return;
+    if (connection_.state() != SocketElement::Closed) connection_.close();
     trap([&] {
-        ws4.accept(requestId);
-        server_.WS5().take(requestId);
+        connection_.accept(requestId);
+        listener_.take(requestId);
     });
-    server_.display().showAiSpyState(true);
+    display_.showAiSpyState(true);
 }
 
-void AiSpyLink::WS4_DataArrival() {
-    ErrorTrap trap(server_.errorLog(), "WS4_DataArrival");
-    const std::string_view data = server_.WS4().readWhole();
-    CommandList commands;
+void AiSpyLink::serveArrival() {
+    ErrorTrap trap(logs_.errors, "WS4_DataArrival");
+    const std::string_view data = connection_.readWhole();
+    MessageList messages;
     {
-        ErrorTrap parseTrap(server_.errorLog(), "ParseData4");
-        commands = splitAiArrival(data, parseTrap);
+        ErrorTrap parseTrap(logs_.errors, "ParseData4");
+        messages = splitAiArrival(data, parseTrap);
     }
-    for (int i = 1; i <= commands.ubound(); ++i)
-        if (commands[i].Command == "AIUPDT")
-            server_.awacs().SendToAwacsClients4(AISPYTxtToAWACSTxt(commands[i].Data, server_.errorLog()));
+    for (int i = 1; i <= messages.ubound(); ++i)
+        if (messages[i].command == "AIUPDT")
+            awacs_.relayAiTraffic(aiTrafficText(messages[i].data, logs_.errors));
 }
 
-void AiSpyLink::WS4_Close() {
-    server_.display().showAiSpyState(false);
+void AiSpyLink::onClosed() {
+    display_.showAiSpyState(false);
 }
 
-void AiSpyLink::WS4_Error() {
-    server_.display().showAiSpyState(false);
-    if (server_.WS4().state() != SocketElement::Closed) server_.WS4().close();
+void AiSpyLink::onFailed() {
+    display_.showAiSpyState(false);
+    if (connection_.state() != SocketElement::Closed) connection_.close();
+}
+
+void AiSpyLink::send(std::string_view command, std::string_view data) {
+    ErrorTrap trap(logs_.errors, "SendCommand4");
+    trap([&] {
+        if (connection_.state() == SocketElement::Connected) connection_.send(command, data);
+    });
+    if (logs_.on()) logs_.write(trafficLine("Command sent to AIProcess ", "", command, data));
 }

@@ -1,6 +1,6 @@
 #include "relay/AiSpyText.h"
 
-#include "net/Text.h"
+#include "basics/Text.h"
 
 #include <vector>
 
@@ -9,34 +9,10 @@ namespace {
 constexpr long kRecordLength = 60;
 constexpr size_t kNameFieldLength = 10;
 
-// The marks the conversion leaves as it goes, so an error line can say where it failed.
-enum Step : int16_t {
-    RecordExtracted = 1,
-    LinesReset = 2,
-    CollectorCleared = 3,
-    SplitBegun = 4,
-    CharacterRead = 5,
-    LineFeedTest = 6,
-    ListGrown = 7,
-    LineStored = 8,
-    CollectorClearedAgain = 9,
-    CarriageReturnTest = 10,
-    CarriageReturnTestDone = 11,
-    TestEnded = 12,
-    NextCharacter = 13,
-    LineCountTest = 14,
-    NameScan = 15,
-    Line2Length8 = 17,
-    Line2Length8Done = 18,
-    Line2Length7 = 19,
-    Line2Length7Done = 20,
-    Line2Length6 = 21,
-    Line2Length10 = 22,
-    Line1Field = 23,
-    Line1Appended = 24,
-    RecordEnded = 25,
-    RoutineEnded = 26,
-};
+// Where the conversion stood when a failure struck, as the error line reports it ("---L=14"):
+// only two statements can fail, the record count (before any record, 0) and the name line.
+constexpr int16_t kNothingDone = 0;
+constexpr int16_t kLineCountTested = 14;
 
 std::string reversed(const std::string& s) {
     return std::string(s.rbegin(), s.rend());
@@ -44,30 +20,18 @@ std::string reversed(const std::string& s) {
 
 // The record's lines, bottom line first, each in reading order. The scan starts at the
 // second-to-last character: the record's last character is never looked at.
-void splitLinesFromBottom(std::string_view record, std::vector<std::string>& lines, int16_t& step) {
+void splitLinesFromBottom(std::string_view record, std::vector<std::string>& lines) {
     lines.clear();
-    step = LinesReset;
     std::string collected; // gathered backwards, turned round when stored
-    step = CollectorCleared;
-    step = SplitBegun;
     for (long pos = static_cast<long>(record.size()) - 1; pos >= 1; --pos) {
         char c = record[static_cast<size_t>(pos - 1)];
-        step = CharacterRead;
-        step = LineFeedTest;
         if (c == '\n') {
             lines.emplace_back();
-            step = ListGrown;
             lines.back() = reversed(collected);
-            step = LineStored;
             collected.clear();
-            step = CollectorClearedAgain;
         } else {
-            step = CarriageReturnTest;
             if (c != '\r') collected.push_back(c);
-            step = CarriageReturnTestDone;
         }
-        step = TestEnded;
-        step = NextCharacter;
     }
     lines.push_back(reversed(collected));
 }
@@ -88,32 +52,14 @@ void takeName(std::string_view nameLine, std::string& name) {
 
 // The first number (3 characters) and the second, zero-padded on the left to 3 digits; the
 // separator, the final character and a 4-character prefix (lines of 10 to 12) are dropped.
-void appendLine2Field(std::string_view line, std::string& out, int16_t& step) {
+void appendLine2Field(std::string_view line, std::string& out) {
     const size_t length = line.size();
     if (length < 6 || length == 9 || length > 12) return;
     const size_t prefix = length >= 10 ? 4 : 0;
     const size_t secondLength = length - prefix - 5; // 1 to 3
-    switch (length) {
-    case 8:
-        step = Line2Length8;
-        break;
-    case 7:
-        step = Line2Length7;
-        break;
-    case 6:
-        step = Line2Length6;
-        break;
-    case 10:
-        step = Line2Length10;
-        break;
-    default:
-        break; // 11 and 12 set no mark
-    }
     out.append(line.substr(prefix, 3));
     out.append(3 - secondLength, '0');
     out.append(line.substr(prefix + 4, secondLength));
-    if (length == 8) step = Line2Length8Done;
-    if (length == 7) step = Line2Length7Done;
 }
 
 // Line 1 without its 3-character prefix, blanks trimmed; a single character gets a leading "0".
@@ -130,14 +76,11 @@ void appendLine1Field(std::string_view line, std::string& out) {
 
 AwacsTextResult convertAiSpyText(std::string_view Text, ErrorTrap& trap) {
     AwacsTextResult result;
-    int16_t step = 0;
-    auto statement = [&](auto&& body) {
-        if (!trap(body)) result.failedAtStep = step;
-    };
 
     // Halves round to the even neighbour: 90 characters are 2 records, 150 are 2 as well.
     int16_t records = 0;
-    statement([&] { records = text::toInt16(static_cast<double>(Text.size()) / kRecordLength); });
+    if (!trap([&] { records = text::toInt16(static_cast<double>(Text.size()) / kRecordLength); }))
+        result.failedAtStep = kNothingDone;
 
     std::string& out = result.text;
     out.reserve(static_cast<size_t>(records) * 24);
@@ -147,9 +90,7 @@ AwacsTextResult convertAiSpyText(std::string_view Text, ErrorTrap& trap) {
     for (long k = 1; k <= records; ++k) {
         const size_t start = static_cast<size_t>(kRecordLength * (k - 1));
         std::string_view record = Text.substr(start, kRecordLength);
-        step = RecordExtracted;
-        splitLinesFromBottom(record, lines, step);
-        step = LineCountTest;
+        splitLinesFromBottom(record, lines);
         if (lines.size() < 3) continue;
         const bool typeLine = lines[2].starts_with("Typ");
         // A "Typ" line without a line above it fails, and the name line stays as it was.
@@ -157,25 +98,19 @@ AwacsTextResult convertAiSpyText(std::string_view Text, ErrorTrap& trap) {
             nameLine = *line;
         else {
             trap.raise(errors::subscriptOutOfRange());
-            result.failedAtStep = step;
+            result.failedAtStep = kLineCountTested;
         }
-
-        step = NameScan;
         takeName(nameLine, name);
         out.append(name, 0, kNameFieldLength);
         if (name.size() < kNameFieldLength) out.append(kNameFieldLength - name.size(), ' ');
 
-        appendLine2Field(lines[1], out, step);
-        step = Line1Field;
+        appendLine2Field(lines[1], out);
         appendLine1Field(lines[0], out);
-        step = Line1Appended;
-        step = RecordEnded;
     }
-    step = RoutineEnded;
     return result;
 }
 
-std::string AISPYTxtToAWACSTxt(std::string_view Text, ErrorLog& errorLog) {
+std::string aiTrafficText(std::string_view Text, ErrorLog& errorLog) {
     ErrorTrap trap(errorLog, "AISPYTxtToAWACSTxt");
     AwacsTextResult result = convertAiSpyText(Text, trap);
     if (trap.pending()) trap.settle("---L=" + text::number(result.failedAtStep));

@@ -7,7 +7,7 @@
 // 4-character prefix), and line 3, or line 4 when line 3 starts with "Typ", holds the name
 // after its first "*". Each usable record gives a 10-character name field, a 6-character field
 // from line 2 and the value of line 1.
-#include "server/ErrorTrap.h"
+#include "basics/ErrorTrap.h"
 
 #include <cstdint>
 #include <string>
@@ -26,4 +26,4 @@ AwacsTextResult convertAiSpyText(std::string_view Text, ErrorTrap& trap);
 
 // The routine as the AI Spy link calls it: failures are settled under its own name, with the
 // step marker ("---L=" + step) appended to the error message.
-std::string AISPYTxtToAWACSTxt(std::string_view Text, ErrorLog& errorLog);
+std::string aiTrafficText(std::string_view Text, ErrorLog& errorLog);

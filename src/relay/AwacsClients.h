@@ -1,52 +1,57 @@
 #pragma once
-// The AWACS channel (port 5556): connection slots, the list of registered AWACS clients that
-// every flight-picture message goes to, and the replay of the picture to a newcomer.
-#include "net/CommandRec.h"
-#include "net/SlotAccept.h"
-#include "server/VbList.h"
-
-#include <QtGlobal>
+// The AWACS clients (port 5556): the list of registered clients that every flight-picture
+// message goes to, the replay of the picture to a newcomer, and the relays of positions.
+#include "basics/RunLogs.h"
+#include "basics/StatusDisplay.h"
+#include "basics/VbList.h"
+#include "net/SlotChannel.h"
+#include "relay/PictureSource.h"
+#include "relay/PlayerAudience.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-class Server;
+#include <vector>
 
 class AwacsClients {
   public:
-    explicit AwacsClients(Server& server);
+    // The routine names and log labels of the channel this component serves.
+    static const ChannelNames& channelNames();
+
+    AwacsClients(SlotChannel& channel, RunLogs logs, StatusDisplay& display);
+    // What a newcomer is told about, in this order, and who hears the counter.
+    void connect(std::vector<const PictureSource*> sources, PlayerAudience& audience);
+
+    // Start-up: nobody listed, every slot free.
     void reset();
 
-    void WS2_ConnectionRequest(int index, qintptr requestId);
-    void WS2_DataArrival(int index);
-    void WS2_Drained(int index);
-    void WS2_Close(int index);
-    void WS2_Error(int index);
+    // NAWACS: listed, counted, and told the picture so far.
+    void addClient(int16_t slot);
+    // AWAEND or the connection closed: the slot is freed and the client no longer listed.
+    void dropClient(int16_t slot);
 
-    void AddToAWACSList(int16_t slot);
-    void DeleteAWACSPlayer(int16_t slot);
-    void UpdateDisplayAWACS();
+    // The relays to every registered client, one message per report and client: a player's
+    // F4LOCA (the whole payload under the player's slot) and converted AI Spy text.
+    void relayPlayerPosition(std::string_view data, int16_t slot);
+    void relayAiTraffic(std::string_view text);
 
-    // The relays to every registered client, at once, one message per report and client:
-    // a player's F4LOCA, a simulator's SIMLOC, and converted AI Spy text.
-    void SendToAwacsClients(std::string_view data, int16_t slot);
-    void SendToAwacsClients2(std::string_view data, int16_t slot);
-    void SendToAwacsClients4(std::string_view text);
+    // One message to every listed client, in list order.
+    void sendToAwacs(std::string_view command, std::string_view data);
+    // One message to one client's slot.
+    void sendTo(std::string_view command, std::string_view data, int16_t slot) {
+        channel_.send(command, data, slot);
+    }
 
-    // The WS2 slots of the registered clients, elements 1..ubound in order of registration.
-    const VbList<int16_t>& AwacsList() const { return AwacsList_; }
-    // The number of registered clients as the counter shows it and AWANUM carries it.
-    const std::string& Text1() const { return Text1_; }
-
-    // One message to every listed client, in list order, each send a statement of the caller's trap.
-    void toEveryClient(std::string_view command, std::string_view data, ErrorTrap& trap);
+    // The slots of the registered clients, elements 1..ubound in order of registration.
+    const VbList<int16_t>& listed() const { return listed_; }
 
   private:
-    void handleArrived(const CommandRec& command, int16_t slot);
+    void showCount();
 
-    Server& server_;
-    VbList<int16_t> AwacsList_;
-    SlotTable AwacsSlotUsed{};
-    std::string Text1_ = "0";
+    SlotChannel& channel_;
+    RunLogs logs_;
+    StatusDisplay& display_;
+    std::vector<const PictureSource*> sources_;
+    PlayerAudience* audience_ = nullptr;
+    VbList<int16_t> listed_;
 };

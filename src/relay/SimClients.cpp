@@ -1,87 +1,82 @@
 #include "relay/SimClients.h"
 
-#include "net/ArrivalService.h"
-#include "net/Text.h"
-#include "players/PlayerSessions.h"
+#include "basics/Text.h"
 #include "relay/AirplaneText.h"
 #include "relay/AwacsClients.h"
-#include "relay/SlotFlags.h"
-#include "server/Server.h"
+#include "relay/FlightRelay.h"
 
-SimClients::SimClients(Server& server) : server_(server) {}
+namespace {
+
+constexpr ChannelNames kNames{"WS3_ConnectionRequest",
+                              "WS3_DataArrival",
+                              "ParseData3",
+                              "SendCommand3",
+                              "Command arrived from SIM Client #",
+                              "Command sent to SIM Client #"};
+
+using Row = CommandRow<SimClients>;
+constexpr Row kCommands[] = {
+    {"SIMNEW", true,
+     [](SimClients& c, int16_t slot, std::string_view data, ErrorTrap&) { c.addSimulator(data, slot); }},
+    {"SIMEND", true,
+     [](SimClients& c, int16_t slot, std::string_view, ErrorTrap&) { c.dropSimulator(slot); }},
+    {"SIMLOC", true,
+     [](SimClients& c, int16_t slot, std::string_view data, ErrorTrap&) { c.relayPosition(data, slot); }},
+    {"ADDAIR", true,
+     [](SimClients& c, int16_t slot, std::string_view data, ErrorTrap&) { c.addAirplane(data, slot); }},
+    {"DELAIR", true,
+     [](SimClients& c, int16_t slot, std::string_view data, ErrorTrap&) { c.removeAirplane(data, slot); }},
+};
+
+// Field 1 and field 2 of an "@"-separated payload; field 2 is absent without an "@".
+struct PlaceAndText {
+    std::string_view place;
+    std::string_view text;
+    bool hasText = false;
+};
+
+PlaceAndText splitPlace(std::string_view data) {
+    const size_t at = data.find('@');
+    if (at == std::string_view::npos) return {data, {}, false};
+    std::string_view rest = data.substr(at + 1);
+    return {data.substr(0, at), rest.substr(0, rest.find('@')), true};
+}
+
+} // namespace
+
+const ChannelNames& SimClients::channelNames() {
+    return kNames;
+}
+
+SimClients::SimClients(SlotChannel& channel, SlotTable& airplaneNumbers, AwacsClients& awacs, RunLogs logs,
+                       StatusDisplay& display)
+    : channel_(channel), airplaneNumbers_(airplaneNumbers), awacs_(awacs), logs_(logs), display_(display) {
+    channel_.serve(
+        *this, kCommands,
+        {[this](int16_t slot) { dropSimulator(slot); }, [this](int16_t slot) { dropSimulator(slot); }});
+}
 
 void SimClients::reset() {
-    SimList_.reset();
-    SimSlotUsed.fill(false);
-    Text2_ = text::number(SimList_.ubound());
+    simulators_.reset();
+    channel_.reset();
 }
 
-void SimClients::WS3_ConnectionRequest(int index, qintptr requestId) {
-    if (index != 0) return;
-    ErrorTrap trap(server_.errorLog(), "WS3_ConnectionRequest");
-    acceptOnLowestFreeSlot(server_.WS3(), SimSlotUsed, requestId, trap);
-}
-
-void SimClients::WS3_DataArrival(int index) {
-    ErrorTrap trap(server_.errorLog(), "WS3_DataArrival");
-    SocketElement* element = nullptr;
-    if (!trap([&] { element = &server_.WS3().element(index); })) return;
-    serveArrival(*element, server_.errorLog(), "ParseData3",
-                 [&](const CommandRec& command) { dispatch(index, command); });
-}
-
-void SimClients::WS3_Drained(int index) {
-    ErrorTrap trap(server_.errorLog(), "WS3_DataArrival");
-    SocketElement* element = nullptr;
-    if (!trap([&] { element = &server_.WS3().element(index); })) return;
-    resumeArrival(*element, [&](const CommandRec& command) { dispatch(index, command); });
-}
-
-void SimClients::WS3_Close(int index) {
-    DeleteSimPlayer(static_cast<int16_t>(index));
-}
-void SimClients::WS3_Error(int index) {
-    DeleteSimPlayer(static_cast<int16_t>(index));
-}
-
-void SimClients::dispatch(int index, const CommandRec& command) {
-    static constexpr std::string_view kLabel = "Command arrived from SIM Client #";
-    const auto slot = static_cast<int16_t>(index);
-    const std::string_view c = command.Command;
-    if (c == "SIMNEW") {
-        server_.logArrival(kLabel, index, command);
-        AddToSimList(command.Data, slot);
-    } else if (c == "SIMEND") {
-        server_.logArrival(kLabel, index, command);
-        DeleteSimPlayer(slot);
-    } else if (c == "SIMLOC") {
-        server_.logArrival(kLabel, index, command);
-        server_.awacs().SendToAwacsClients2(command.Data, slot);
-    } else if (c == "ADDAIR") {
-        server_.logArrival(kLabel, index, command);
-        AddAirplaneToSim(command.Data, slot);
-    } else if (c == "DELAIR") {
-        server_.logArrival(kLabel, index, command);
-        DeleteAirplaneFromSim(command.Data, slot);
-    }
-}
-
-void SimClients::AddToSimList(std::string_view data, int16_t slot) {
-    ErrorTrap trap(server_.errorLog(), "AddToSimList");
+void SimClients::addSimulator(std::string_view data, int16_t slot) {
+    ErrorTrap trap(logs_.errors, "AddToSimList");
     // A second SIMNEW makes a second record, within limits: a few records per connection and
     // one simulator's worth of places among them.
     int records = 0;
     long placesOnSlot = 0;
-    for (int i = 1; i <= SimList_.ubound(); ++i)
-        if (SimList_[i].Slot == slot) {
+    for (int i = 1; i <= simulators_.ubound(); ++i)
+        if (simulators_[i].slot == slot) {
             ++records;
-            placesOnSlot += SimList_[i].Planes.ubound();
+            placesOnSlot += simulators_[i].airplanes.ubound();
         }
     if (!trap.require(records < kMaxListingsPerSlot, tooManyListings)) return;
     const size_t at = data.find('@');
-    SimRecord& record = SimList_.append();
-    record.Name = std::string(data.substr(0, at));
-    record.Slot = slot;
+    SimRecord& record = simulators_.append();
+    record.name = std::string(data.substr(0, at));
+    record.slot = slot;
     // A payload without a place count, or a negative one, leaves the record without places.
     int32_t places = 0;
     if (trap.require(at != std::string_view::npos, errors::subscriptOutOfRange)) {
@@ -89,73 +84,101 @@ void SimClients::AddToSimList(std::string_view data, int16_t slot) {
         if (trap.take(text::int32Of(text::leadingNumber(count.substr(0, count.find('@')))), places) &&
             trap.require(places >= 0, errors::subscriptOutOfRange) &&
             trap.require(places <= kMaxPlaces - placesOnSlot, tooManyListings))
-            record.Planes = VbList<int16_t>::withUpperBound(places);
+            record.airplanes = VbList<int16_t>::withUpperBound(places);
     }
-    UpdateDisplaySIM();
+    showCount();
 }
 
-void SimClients::AddAirplaneToSim(std::string_view data, int16_t slot) {
-    ErrorTrap trap(server_.errorLog(), "AddAirplaneToSim");
-    SlotTable& numbers = server_.players().PlayerSlotUsed();
+void SimClients::addAirplane(std::string_view data, int16_t slot) {
+    ErrorTrap trap(logs_.errors, "AddAirplaneToSim");
     // The number is taken before the place is looked up, so a bad place keeps it taken; with
     // every number taken, 0 is stored and nothing is announced.
-    const int16_t n = lowestFreeSlot(numbers);
-    numbers[static_cast<size_t>(n)] = true;
-    // The simulator is found by position: the record whose place in SimList is the slot.
-    SimRecord* sim = SimList_.find(slot);
+    const int16_t n = lowestFreeSlot(airplaneNumbers_);
+    airplaneNumbers_[static_cast<size_t>(n)] = true;
+    // The simulator is found by position: the record whose place in the list is the slot.
+    SimRecord* sim = simulators_.find(slot);
     int32_t place = 0;
     if (trap.take(text::int32Of(text::leadingNumber(data)), place) &&
         trap.require(sim != nullptr, errors::subscriptOutOfRange)) {
-        int16_t* entry = sim->Planes.find(place);
+        int16_t* entry = sim->airplanes.find(place);
         if (trap.require(entry != nullptr, errors::subscriptOutOfRange)) *entry = n;
     }
     if (n == 0 || !trap.require(sim != nullptr, errors::subscriptOutOfRange)) return;
-    server_.awacs().toEveryClient("NEWCLT", airplaneAnnouncement(n, sim->Name), trap);
+    awacs_.sendToAwacs("NEWCLT", airplaneAnnouncement(n, sim->name));
 }
 
-void SimClients::DeleteAirplaneFromSim(std::string_view data, int16_t slot) {
-    ErrorTrap trap(server_.errorLog(), "DeleteAirplaneFromSim");
+void SimClients::removeAirplane(std::string_view data, int16_t slot) {
+    ErrorTrap trap(logs_.errors, "DeleteAirplaneFromSim");
     int16_t place = 0;
     trap.take(text::int16Of(text::leadingNumber(data)), place);
-    SimRecord* sim = SimList_.find(slot);
-    int16_t* entry = sim ? sim->Planes.find(place) : nullptr;
+    SimRecord* sim = simulators_.find(slot);
+    int16_t* entry = sim ? sim->airplanes.find(place) : nullptr;
     if (!trap.require(entry != nullptr, errors::subscriptOutOfRange)) return;
     // An empty place still tells every AWACS client, with "0".
-    server_.awacs().toEveryClient("DELCLT", text::number(*entry), trap);
-    trap([&] { slotFlag(server_.players().PlayerSlotUsed(), *entry) = false; });
+    awacs_.sendToAwacs("DELCLT", text::number(*entry));
+    trap([&] { slotFlag(airplaneNumbers_, *entry) = false; });
     *entry = 0;
 }
 
-void SimClients::DeleteSimPlayer(int16_t slot) {
-    if (slot < 0 || slot > SocketArray::kMaxIndex || !SimSlotUsed[static_cast<size_t>(slot)]) return;
-    ErrorTrap trap(server_.errorLog(), "DeleteSimPlayer");
+// Only the second field goes on, under the airplane number of that place: whatever follows
+// a second "@" is dropped. A place that is not a number, outside the simulator's places, or a
+// simulator missing at the slot's position relays nothing and leaves the error pending.
+void SimClients::relayPosition(std::string_view data, int16_t slot) {
+    ErrorTrap trap(logs_.errors, "SendToAwacsClients2");
+    const PlaceAndText fields = splitPlace(data);
+    int32_t place = 0;
+    trap.take(text::strictInt32Of(fields.place), place);
+    const SimRecord* sim = simulators_.find(slot);
+    const int16_t* number = sim ? sim->airplanes.find(place) : nullptr;
+    if (!trap.require(number != nullptr, errors::subscriptOutOfRange)) return;
+    const int16_t n = *number;
+    if (n == 0 || awacs_.listed().ubound() == 0) return;
+    if (!fields.hasText) {
+        trap.raise(errors::subscriptOutOfRange());
+        return;
+    }
+    awacs_.sendToAwacs("INDATA", numbered(n, fields.text));
+}
+
+void SimClients::dropSimulator(int16_t slot) {
+    if (!channel_.taken(slot)) return;
+    ErrorTrap trap(logs_.errors, "DeleteSimPlayer");
     int position = 0;
-    for (int i = 1; i <= SimList_.ubound(); ++i)
-        if (SimList_[i].Slot == slot) position = i;
+    for (int i = 1; i <= simulators_.ubound(); ++i)
+        if (simulators_[i].slot == slot) position = i;
 
     // The numbers are released inside the loop over AWACS clients: a simulator that leaves
     // while none is listed keeps its airplane numbers taken, and those player slots with them.
-    const VbList<int16_t>& planes = SimList_[position].Planes;
-    SlotTable& numbers = server_.players().PlayerSlotUsed();
-    const auto& awacs = server_.awacs().AwacsList();
-    for (int k = 1; k <= awacs.ubound(); ++k)
-        for (int j = 1; j <= planes.ubound(); ++j)
+    const VbList<int16_t>& airplanes = simulators_[position].airplanes;
+    const VbList<int16_t>& clients = awacs_.listed();
+    for (int k = 1; k <= clients.ubound(); ++k)
+        for (int j = 1; j <= airplanes.ubound(); ++j)
             trap([&] {
-                if (planes[j] != 0)
-                    server_.senders().SendCommand2("DELCLT", text::number(planes[j]), awacs[k]);
-                slotFlag(numbers, planes[j]) = false;
+                if (airplanes[j] != 0) awacs_.sendTo("DELCLT", text::number(airplanes[j]), clients[k]);
+                slotFlag(airplaneNumbers_, airplanes[j]) = false;
             });
 
-    trap([&] { server_.WS3().unload(slot); });
-    SimSlotUsed[static_cast<size_t>(slot)] = false;
-
-    SimList_.removeWhere([&](const SimRecord& sim) { return sim.Slot == slot; });
-    UpdateDisplaySIM();
+    channel_.release(slot, trap);
+    simulators_.removeWhere([&](const SimRecord& sim) { return sim.slot == slot; });
+    showCount();
 }
 
-void SimClients::UpdateDisplaySIM() {
-    ErrorTrap trap(server_.errorLog(), "UpdateDisplaySIM");
-    Text2_ = text::number(SimList_.ubound());
-    server_.display().showSimCount(QString::fromStdString(Text2_));
-    server_.players().toEveryPlayer("SIMNUM", Text2_, trap);
+void SimClients::announceTo(const Announce& announce) const {
+    for (int s = 1; s <= simulators_.ubound(); ++s)
+        for (int j = 1; j <= simulators_[s].airplanes.ubound(); ++j) {
+            const int16_t n = simulators_[s].airplanes[j];
+            if (n != 0) announce(airplaneAnnouncement(n, simulators_[s].name));
+        }
+}
+
+void SimClients::sendToEverySim(std::string_view command, std::string_view data) {
+    for (int i = 1; i <= simulators_.ubound(); ++i)
+        channel_.send(command, data, simulators_[i].slot);
+}
+
+// The counter's text is what SIMNUM carries.
+void SimClients::showCount() {
+    const std::string count = text::number(simulators_.ubound());
+    display_.showSimCount(QString::fromStdString(count));
+    if (audience_) audience_->sendToEveryPlayer("SIMNUM", count);
 }

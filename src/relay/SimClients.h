@@ -1,59 +1,68 @@
 #pragma once
-// The SIM channel (port 5557): simulators, their airplanes (numbered from the player slot
-// table) and the dispatch of what SIM clients send.
+// The SIM clients (port 5557): simulators, their airplanes (numbered from the player slot
+// table) and the relay of their positions.
 //
 // Two ways of finding a simulator's record are kept on purpose: SIMNEW appends, removal
-// searches by slot, but ADDAIR, DELAIR and SIMLOC take the record whose position in SimList
+// searches by slot, but ADDAIR, DELAIR and SIMLOC take the record whose position in the list
 // equals the client's slot. They agree while simulators announce themselves in slot order
 // and none has left before them.
-#include "net/CommandRec.h"
-#include "net/SlotAccept.h"
-#include "server/VbList.h"
-
-#include <QtGlobal>
+#include "basics/RunLogs.h"
+#include "basics/StatusDisplay.h"
+#include "basics/VbList.h"
+#include "net/SlotChannel.h"
+#include "relay/PictureSource.h"
+#include "relay/PlayerAudience.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-class Server;
+class AwacsClients;
 
 struct SimRecord {
-    std::string Name;
-    int16_t Slot = 0;
-    VbList<int16_t> Planes; // place -> airplane number, 0 = empty
+    std::string name;
+    int16_t slot = 0;
+    VbList<int16_t> airplanes; // place -> airplane number, 0 = empty
 };
 
-class SimClients {
+class SimClients : public PictureSource {
   public:
     // The most places a simulator may announce, and all of one connection's records together:
     // place numbers are 16-bit on the wire.
     static constexpr long kMaxPlaces = 32767;
 
-    explicit SimClients(Server& server);
+    static const ChannelNames& channelNames();
+
+    // Airplane numbers are taken from, and given back to, the player slot table.
+    SimClients(SlotChannel& channel, SlotTable& airplaneNumbers, AwacsClients& awacs, RunLogs logs,
+               StatusDisplay& display);
+    // Who hears the counter.
+    void connect(PlayerAudience& audience) { audience_ = &audience; }
     void reset();
 
-    void WS3_ConnectionRequest(int index, qintptr requestId);
-    void WS3_DataArrival(int index);
-    void WS3_Drained(int index);
-    void WS3_Close(int index);
-    void WS3_Error(int index);
+    // SIMNEW name@places, ADDAIR place, DELAIR place, SIMLOC place@text, SIMEND.
+    void addSimulator(std::string_view data, int16_t slot);
+    void addAirplane(std::string_view data, int16_t slot);
+    void removeAirplane(std::string_view data, int16_t slot);
+    void relayPosition(std::string_view data, int16_t slot);
+    // SIMEND or the connection gone: its airplanes leave the picture and the slot is freed.
+    void dropSimulator(int16_t slot);
 
-    void AddToSimList(std::string_view data, int16_t slot);
-    void AddAirplaneToSim(std::string_view data, int16_t slot);
-    void DeleteAirplaneFromSim(std::string_view data, int16_t slot);
-    void DeleteSimPlayer(int16_t slot);
-    void UpdateDisplaySIM();
+    // Each simulator's airplanes, as NEWCLT payloads for a new AWACS client.
+    void announceTo(const Announce& announce) const override;
 
-    const VbList<SimRecord>& SimList() const { return SimList_; }
-    // The number of simulators as the counter shows it and SIMNUM carries it.
-    const std::string& Text2() const { return Text2_; }
+    const VbList<SimRecord>& simulators() const { return simulators_; }
+    // One message to every simulator, in list order.
+    void sendToEverySim(std::string_view command, std::string_view data);
 
   private:
-    void dispatch(int index, const CommandRec& command);
+    void showCount();
 
-    Server& server_;
-    VbList<SimRecord> SimList_;
-    SlotTable SimSlotUsed{};
-    std::string Text2_ = "0";
+    SlotChannel& channel_;
+    SlotTable& airplaneNumbers_;
+    AwacsClients& awacs_;
+    RunLogs logs_;
+    StatusDisplay& display_;
+    PlayerAudience* audience_ = nullptr;
+    VbList<SimRecord> simulators_;
 };

@@ -1,5 +1,5 @@
 #pragma once
-#include "server/StatusDisplay.h"
+#include "basics/StatusDisplay.h"
 
 // Headless: no windows; every message box becomes one line on standard error holding its text,
 // and the server goes on as if it had been dismissed.

@@ -1,13 +1,13 @@
 #include "server/Server.h"
 
-#include "net/CommandRec.h"
+#include "basics/ErrorTrap.h"
+#include "basics/IniFile.h"
+#include "basics/Timestamp.h"
 #include "players/PlayerSessions.h"
 #include "relay/AiSpyLink.h"
 #include "relay/AwacsClients.h"
 #include "relay/SimClients.h"
-#include "server/ErrorTrap.h"
-#include "server/IniFile.h"
-#include "server/Timestamp.h"
+#include "server/ControlChannel.h"
 #include "setups/SetupCatalogue.h"
 
 #include <QCoreApplication>
@@ -24,48 +24,28 @@ constexpr int kShutdownFlushMs = 2000;
 
 Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::EndProgram endProgram)
     : display_(display), appDir_(std::move(appDir)), iniFile_(appDir_ + "tessark.ini"),
-      requestedPorts_(ports), endProgram_(std::move(endProgram)), ws4_(0), senders_(*this) {
-    errorLog_ = std::make_unique<ErrorLog>(
-        appDir_ + "TessarkSrvErrorLog.txt", false, [this] { endProgramNow(); },
-        [this](const RuntimeError& e) {
-            display_.messageBox(QString::fromStdString(runTimeErrorText(e)), kProgramTitle,
-                                MessageIcon::Critical);
-        });
-    players_ = std::make_unique<PlayerSessions>(*this);
-    awacs_ = std::make_unique<AwacsClients>(*this);
-    sims_ = std::make_unique<SimClients>(*this);
-    aiSpy_ = std::make_unique<AiSpyLink>(*this);
-    setups_ = std::make_unique<SetupCatalogue>(*this);
+      requestedPorts_(ports), endProgram_(std::move(endProgram)),
+      errorLog_(
+          appDir_ + "TessarkSrvErrorLog.txt", false, [this] { endProgramNow(); },
+          [this](const RuntimeError& e) {
+              display_.messageBox(QString::fromStdString(runTimeErrorText(e)), kProgramTitle,
+                                  MessageIcon::Critical);
+          }) {
+    playerChannel_ = std::make_unique<SlotChannel>(PlayerSessions::channelNames(), logs_, playerNumbers_);
+    awacsChannel_ = std::make_unique<SlotChannel>(AwacsClients::channelNames(), logs_);
+    simChannel_ = std::make_unique<SlotChannel>(SimClients::channelNames(), logs_);
 
-    timer1_.setInterval(kKeepAliveMs);
-    connect(&timer1_, &QTimer::timeout, this, &Server::Timer1_Timer);
+    setups_ = std::make_unique<SetupCatalogue>(iniFile_, errorLog_, display_);
+    awacs_ = std::make_unique<AwacsClients>(*awacsChannel_, logs_, display_);
+    sims_ = std::make_unique<SimClients>(*simChannel_, playerNumbers_, *awacs_, logs_, display_);
+    players_ = std::make_unique<PlayerSessions>(*playerChannel_, *awacs_, *setups_, logs_, display_);
+    aiSpy_ = std::make_unique<AiSpyLink>(*awacs_, logs_, display_);
+    awacs_->connect({players_.get(), sims_.get()}, *players_);
+    sims_->connect(*players_);
+    control_ = std::make_unique<ControlChannel>(*this);
 
-    connect(&ws1_, &SocketArray::connectionRequest, this,
-            [this](int i, qintptr id) { players_->WS1_ConnectionRequest(i, id); });
-    connect(&ws1_, &SocketArray::dataArrival, this, [this](int i, qint64) { players_->WS1_DataArrival(i); });
-    connect(&ws1_, &SocketArray::closed, this, [this](int i) { players_->WS1_Close(i); });
-    connect(&ws1_, &SocketArray::error, this, [this](int i, int, const QString&) { players_->WS1_Error(i); });
-    connect(&ws1_, &SocketArray::drained, this, [this](int i) { players_->WS1_Drained(i); });
-
-    connect(&ws2_, &SocketArray::connectionRequest, this,
-            [this](int i, qintptr id) { awacs_->WS2_ConnectionRequest(i, id); });
-    connect(&ws2_, &SocketArray::dataArrival, this, [this](int i, qint64) { awacs_->WS2_DataArrival(i); });
-    connect(&ws2_, &SocketArray::closed, this, [this](int i) { awacs_->WS2_Close(i); });
-    connect(&ws2_, &SocketArray::error, this, [this](int i, int, const QString&) { awacs_->WS2_Error(i); });
-    connect(&ws2_, &SocketArray::drained, this, [this](int i) { awacs_->WS2_Drained(i); });
-
-    connect(&ws3_, &SocketArray::connectionRequest, this,
-            [this](int i, qintptr id) { sims_->WS3_ConnectionRequest(i, id); });
-    connect(&ws3_, &SocketArray::dataArrival, this, [this](int i, qint64) { sims_->WS3_DataArrival(i); });
-    connect(&ws3_, &SocketArray::closed, this, [this](int i) { sims_->WS3_Close(i); });
-    connect(&ws3_, &SocketArray::error, this, [this](int i, int, const QString&) { sims_->WS3_Error(i); });
-    connect(&ws3_, &SocketArray::drained, this, [this](int i) { sims_->WS3_Drained(i); });
-
-    connect(&ws5_, &Listener::connectionRequest, this,
-            [this](qintptr id) { aiSpy_->WS5_ConnectionRequest(id); });
-    connect(&ws4_, &SocketElement::dataArrival, this, [this](int, qint64) { aiSpy_->WS4_DataArrival(); });
-    connect(&ws4_, &SocketElement::closed, this, [this](int) { aiSpy_->WS4_Close(); });
-    connect(&ws4_, &SocketElement::error, this, [this](int, int, const QString&) { aiSpy_->WS4_Error(); });
+    keepAlive_.setInterval(kKeepAliveMs);
+    connect(&keepAlive_, &QTimer::timeout, this, &Server::sendKeepAlive);
 }
 
 Server::~Server() = default;
@@ -83,46 +63,47 @@ void Server::start() {
     awacs_->reset();
     sims_->reset();
     setups_->reset();
-    display_.showAwacsCount(QString::number(awacs_->AwacsList().ubound()));
-    display_.showSimCount(QString::number(sims_->SimList().ubound()));
+    display_.showAwacsCount(QString::number(awacs_->listed().ubound()));
+    display_.showSimCount(QString::number(sims_->simulators().ubound()));
 
     bool logOn = false;
     if (!QFile::exists(iniFile_)) {
         QFile created(iniFile_);
         if (!created.open(QIODevice::WriteOnly)) throw RuntimeError(75, "Path/File access error");
         created.close();
-        WriteINI("SETUPLIST", "NUM", "0", iniFile_);
-        WriteINI("DEBUG", "LOG", "0", iniFile_);
+        writeIni("SETUPLIST", "NUM", "0", iniFile_);
+        writeIni("DEBUG", "LOG", "0", iniFile_);
     } else {
-        setups_->InitSetups();
-        logOn = ReadINI("DEBUG", "LOG", iniFile_) == "1";
+        setups_->readList();
+        logOn = readIni("DEBUG", "LOG", iniFile_) == "1";
     }
-    errorLog_->setEnabled(logOn);
+    errorLog_.setEnabled(logOn);
     if (logOn && !trafficLog_.open(appDir_ + "TessarkSrvLog.txt"))
         throw RuntimeError(75, "Path/File access error");
 
-    setups_->LoadSetups();
+    setups_->loadFiles();
 
-    ws1_.listen(requestedPorts_.players);
-    ws2_.listen(requestedPorts_.awacs);
-    ws3_.listen(requestedPorts_.sims);
-    ws5_.listen(requestedPorts_.aiSpy);
-    timer1_.start();
+    playerChannel_->listen(requestedPorts_.players);
+    awacsChannel_->listen(requestedPorts_.awacs);
+    simChannel_->listen(requestedPorts_.sims);
+    aiSpy_->listen(requestedPorts_.aiSpy);
+    keepAlive_.start();
+    // Without it the server still serves its ports; only the command line cannot reach it.
+    if (!control_->listen())
+        display_.messageBox("The control channel is in use by another server.", kProgramTitle,
+                            MessageIcon::Information);
 }
 
-void Server::Timer1_Timer() {
-    ErrorTrap trap(*errorLog_, "Timer1_Timer");
-    players_->toEveryPlayer("SYNCRO", "", trap);
-    awacs_->toEveryClient("SYNCRO", "", trap);
-    const auto& sims = sims_->SimList();
-    for (int i = 1; i <= sims.ubound(); ++i)
-        trap([&] { senders_.SendCommand3("SYNCRO", "", sims[i].Slot); });
-    senders_.SendCommand4("SYNCRO", "");
+void Server::sendKeepAlive() {
+    players_->sendToEveryPlayer("SYNCRO", "");
+    awacs_->sendToAwacs("SYNCRO", "");
+    sims_->sendToEverySim("SYNCRO", "");
+    aiSpy_->send("SYNCRO", "");
 }
 
 bool Server::queryUnload(bool fromCloseBox) {
     if (fromCloseBox) return false; // the window only hides; the server keeps running
-    senders_.SendCommand4("CLOSE1", "");
+    aiSpy_->send("CLOSE1", "");
     QCoreApplication::processEvents();
     return true;
 }
@@ -130,30 +111,18 @@ bool Server::queryUnload(bool fromCloseBox) {
 void Server::unload() {
     if (unloaded_) return;
     unloaded_ = true;
-    timer1_.stop();
+    keepAlive_.stop();
     display_.removeTrayIcon();
-    ws1_.closeListener();
-    ws2_.closeListener();
-    ws3_.closeListener();
+    control_->close();
+    for (SlotChannel* channel : slotChannels())
+        channel->closeListener();
 
     // Every peer is told and let go at once, in index order, without waiting on any of them:
     // nothing runs between the sends, so no peer's event can change the lists underneath.
     {
-        ErrorTrap trap(*errorLog_, "Form_Unload");
-        auto disconnectAll = [&](SocketArray& sockets,
-                                 void (Senders::*send)(std::string_view, std::string_view, int16_t)) {
-            for (int index : sockets.loadedIndices()) {
-                trap([&] {
-                    if (sockets.state(index) == SocketElement::Connected)
-                        (senders_.*send)("DISCON", "", static_cast<int16_t>(index));
-                });
-                trap([&] { sockets.close(index); });
-                trap([&] { sockets.unload(index); });
-            }
-        };
-        disconnectAll(ws1_, &Senders::SendCommand);
-        disconnectAll(ws2_, &Senders::SendCommand2);
-        disconnectAll(ws3_, &Senders::SendCommand3);
+        ErrorTrap trap(errorLog_, "Form_Unload");
+        for (SlotChannel* channel : slotChannels())
+            channel->disconnectAll(trap);
     }
     // Then they all get their last messages together, within one budget for the lot, so a peer
     // that does not read costs the others nothing.
@@ -172,25 +141,20 @@ void Server::exit() {
     emit finished();
 }
 
-void Server::WriteLog(std::string_view text) {
-    if (logOn()) trafficLog_.writeLine(text);
-}
-
-void Server::logArrival(std::string_view label, int index, const CommandRec& command) {
-    if (logOn()) WriteLog(trafficLine(label, std::to_string(index), command.Command, command.Data));
+std::array<SlotChannel*, 3> Server::slotChannels() const {
+    return {playerChannel_.get(), awacsChannel_.get(), simChannel_.get()};
 }
 
 Ports Server::ports() const {
-    return {ws1_.port(), ws2_.port(), ws3_.port(), ws5_.port()};
+    return {playerChannel_->port(), awacsChannel_->port(), simChannel_->port(), aiSpy_->port()};
 }
 
 void Server::flushAllSockets(int budgetMs) {
     QDeadlineTimer budget(budgetMs);
     for (;;) {
-        bool pending = ws4_.writeOut();
-        for (SocketArray* sockets : {&ws1_, &ws2_, &ws3_})
-            for (int index : sockets->loadedIndices())
-                pending = sockets->element(index).writeOut() || pending;
+        bool pending = aiSpy_->writeOut();
+        for (SlotChannel* channel : slotChannels())
+            pending = channel->writeOut() || pending;
         pending = SocketElement::writeOutClosed() || pending;
         if (!pending || budget.hasExpired()) break;
         QThread::msleep(2);

@@ -2,26 +2,24 @@
 // The run: one non-visual object that owns the sockets, the keep-alive timer, the logs and
 // the components that own the lists, and routes every socket event. Everything happens on
 // the one thread of the event loop, each event to its end before the next.
-#include "net/Listener.h"
-#include "net/Senders.h"
-#include "net/SocketArray.h"
-#include "net/SocketElement.h"
-#include "server/ErrorLog.h"
-#include "server/StatusDisplay.h"
-#include "server/TrafficLog.h"
+#include "basics/ErrorLog.h"
+#include "basics/RunLogs.h"
+#include "basics/StatusDisplay.h"
+#include "basics/TrafficLog.h"
+#include "net/SlotChannel.h"
 
 #include <QObject>
 #include <QTimer>
 
+#include <array>
 #include <memory>
-#include <string_view>
 
 class PlayerSessions;
 class AwacsClients;
 class SimClients;
 class AiSpyLink;
 class SetupCatalogue;
-struct CommandRec;
+class ControlChannel;
 
 struct Ports {
     quint16 players = 5555;
@@ -42,11 +40,12 @@ class Server : public QObject {
     // "QUILLON v1.1.0b", from the program's version.
     static QString title();
 
-    // Start-up from the tray icon on: program files, lists, configuration, logs, setups and
-    // the four listeners. Throws RuntimeError when a port cannot be had.
+    // Start-up from the tray icon on: program files, lists, configuration, logs, setups, the
+    // four listeners and the operator's control channel. Throws RuntimeError when a port cannot
+    // be had.
     void start();
-    // The 10-second keep-alive.
-    void Timer1_Timer();
+    // Every 10 seconds: "SYNCRO" to every listed player, AWACS client and simulator, and the AI Spy.
+    void sendKeepAlive();
     // Close request: from the window's close box it only hides (returns false); any other
     // close tells the AI Spy "CLOSE1", lets pending events run once, and returns true.
     bool queryUnload(bool fromCloseBox);
@@ -55,23 +54,18 @@ class Server : public QObject {
     // "Exit" from either menu, or a signal: close request by code, then unload; then finished().
     void exit();
 
-    void WriteLog(std::string_view text);
-    bool logOn() const { return errorLog_->enabled(); }
-    // One "Command arrived from <label><index>: (<command>)<data>" line, when logging is on.
-    void logArrival(std::string_view label, int index, const CommandRec& command);
-
-    ErrorLog& errorLog() { return *errorLog_; }
-    StatusDisplay& display() { return display_; }
-    Senders& senders() { return senders_; }
+    bool logOn() const { return errorLog_.enabled(); }
+    ErrorLog& errorLog() { return errorLog_; }
     TrafficLog& trafficLog() { return trafficLog_; }
+    StatusDisplay& display() { return display_; }
     const QString& appDir() const { return appDir_; }
     const QString& iniFile() const { return iniFile_; }
 
-    SocketArray& WS1() { return ws1_; }
-    SocketArray& WS2() { return ws2_; }
-    SocketArray& WS3() { return ws3_; }
-    SocketElement& WS4() { return ws4_; }
-    Listener& WS5() { return ws5_; }
+    // Player slots and the simulators' airplane numbers, taken from the same table.
+    const SlotTable& playerNumbers() const { return playerNumbers_; }
+    SlotChannel& playerChannel() { return *playerChannel_; }
+    SlotChannel& awacsChannel() { return *awacsChannel_; }
+    SlotChannel& simChannel() { return *simChannel_; }
 
     PlayerSessions& players() { return *players_; }
     AwacsClients& awacs() { return *awacs_; }
@@ -81,7 +75,7 @@ class Server : public QObject {
 
     // Ports actually listened on (tests start the server on any free port).
     Ports ports() const;
-    QTimer& keepAliveTimer() { return timer1_; }
+    QTimer& keepAliveTimer() { return keepAlive_; }
 
     // Writes out what every connection, open or closed, has queued, all of them at once within
     // one budget (before the process ends).
@@ -91,25 +85,28 @@ class Server : public QObject {
     void finished();
 
   private:
+    // Every numbered channel, in the order shutdown tells them.
+    std::array<SlotChannel*, 3> slotChannels() const;
     void endProgramNow();
 
     StatusDisplay& display_;
     QString appDir_;
     QString iniFile_;
     Ports requestedPorts_;
-    std::unique_ptr<ErrorLog> errorLog_;
     ErrorLog::EndProgram endProgram_;
+    ErrorLog errorLog_;
     TrafficLog trafficLog_;
-    SocketArray ws1_, ws2_, ws3_;
-    SocketElement ws4_;
-    Listener ws5_;
-    QTimer timer1_;
-    Senders senders_;
-    std::unique_ptr<PlayerSessions> players_;
+    RunLogs logs_{errorLog_, trafficLog_};
+    QTimer keepAlive_;
+    // Player slots; the simulators' airplanes are numbered from the same table.
+    SlotTable playerNumbers_{};
+    std::unique_ptr<SlotChannel> playerChannel_, awacsChannel_, simChannel_;
+    std::unique_ptr<SetupCatalogue> setups_;
     std::unique_ptr<AwacsClients> awacs_;
     std::unique_ptr<SimClients> sims_;
+    std::unique_ptr<PlayerSessions> players_;
     std::unique_ptr<AiSpyLink> aiSpy_;
-    std::unique_ptr<SetupCatalogue> setups_;
+    std::unique_ptr<ControlChannel> control_;
     bool unloaded_ = false;
     bool exiting_ = false;
 };

@@ -1,6 +1,6 @@
 #include "setups/Checksum.h"
 
-#include "server/RuntimeError.h"
+#include "basics/RuntimeError.h"
 
 #include <QFile>
 

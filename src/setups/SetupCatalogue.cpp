@@ -1,10 +1,9 @@
 #include "setups/SetupCatalogue.h"
 
-#include "net/Text.h"
-#include "server/ErrorTrap.h"
-#include "server/IniFile.h"
-#include "server/RuntimeError.h"
-#include "server/Server.h"
+#include "basics/ErrorTrap.h"
+#include "basics/IniFile.h"
+#include "basics/RuntimeError.h"
+#include "basics/Text.h"
 #include "setups/SetupFile.h"
 
 #include <QFile>
@@ -22,73 +21,72 @@ QString localPath(const std::string& path) {
 }
 } // namespace
 
-SetupCatalogue::SetupCatalogue(Server& server) : server_(server) {}
+SetupCatalogue::SetupCatalogue(QString iniFile, ErrorLog& errorLog, StatusDisplay& display)
+    : iniFile_(std::move(iniFile)), errorLog_(errorLog), display_(display) {}
 
 void SetupCatalogue::reset() {
-    Setups_.reset();
+    setups_.reset();
 }
 
-void SetupCatalogue::InitSetups() {
-    ErrorTrap trap(server_.errorLog(), "InitSetups");
-    const IniSnapshot ini(server_.iniFile());
+void SetupCatalogue::readList() {
+    ErrorTrap trap(errorLog_, "InitSetups");
+    const IniSnapshot ini(iniFile_);
     // A count that does not fit keeps the one from before; a negative one keeps the old list.
-    trap([&] { SetupCount_ = text::leadingInt16(ini.read("SETUPLIST", "NUM")); });
-    trap([&] { Setups_ = VbList<SetupRecord>::withUpperBound(SetupCount_); });
-    for (int i = 1; i <= SetupCount_; ++i)
+    trap([&] { count_ = text::leadingInt16(ini.read("SETUPLIST", "NUM")); });
+    trap([&] { setups_ = VbList<SetupRecord>::withUpperBound(count_); });
+    for (int i = 1; i <= count_; ++i)
         trap([&] {
-            Setups_[i].Lines.reset();
-            Setups_[i].FilePath = ini.read("SETUPLIST" + std::to_string(i), "FNAME");
+            setups_[i].lines.reset();
+            setups_[i].filePath = ini.read("SETUPLIST" + std::to_string(i), "FNAME");
         });
 }
 
-void SetupCatalogue::LoadSetups() {
-    ErrorTrap trap(server_.errorLog(), "LoadSetups");
-    for (int i = 1; i <= Setups_.ubound(); ++i) {
-        SetupRecord& setup = Setups_[i];
-        QString path = localPath(setup.FilePath);
-        if (setup.FilePath.empty() || !QFileInfo(path).isFile()) {
-            server_.display().messageBox("The File " + text::display(setup.FilePath) + " was not found",
-                                         "Error", MessageIcon::Critical);
+void SetupCatalogue::loadFiles() {
+    ErrorTrap trap(errorLog_, "LoadSetups");
+    for (int i = 1; i <= setups_.ubound(); ++i) {
+        SetupRecord& setup = setups_[i];
+        QString path = localPath(setup.filePath);
+        if (setup.filePath.empty() || !QFileInfo(path).isFile()) {
+            display_.messageBox("The File " + text::display(setup.filePath) + " was not found", "Error",
+                                MessageIcon::Critical);
             continue;
         }
         trap([&] {
             SetupFileLines lines = readSetupFile(path);
-            setup.Name = lines.name;
+            setup.name = lines.name;
             for (std::string& record : lines.records)
-                setup.Lines.append(std::move(record));
+                setup.lines.append(std::move(record));
         });
     }
 }
 
-void SetupCatalogue::SaveINI() {
-    ErrorTrap trap(server_.errorLog(), "SaveINI");
-    const QString& ini = server_.iniFile();
-    trap([&] { SetupCount_ = text::toInt16(Setups_.ubound()); });
+void SetupCatalogue::writeList() {
+    ErrorTrap trap(errorLog_, "SaveINI");
+    const QString& ini = iniFile_;
+    trap([&] { count_ = text::toInt16(setups_.ubound()); });
     // The whole file goes, and every other setting with it: the logging switch reads as
     // absent from the first change of the catalogue on.
     trap([&] {
         if (!QFile::exists(ini)) throw errors::fileNotFound();
         if (!QFile::remove(ini)) throw RuntimeError(75, "Path/File access error");
     });
-    std::vector<IniEntry> entries{{"SETUPLIST", "NUM", std::to_string(SetupCount_)}};
-    for (int i = 1; i <= SetupCount_; ++i)
-        trap([&] { entries.push_back({"SETUPLIST" + std::to_string(i), "FNAME", Setups_[i].FilePath}); });
-    WriteINIAll(entries, ini);
+    std::vector<IniEntry> entries{{"SETUPLIST", "NUM", std::to_string(count_)}};
+    for (int i = 1; i <= count_; ++i)
+        trap([&] { entries.push_back({"SETUPLIST" + std::to_string(i), "FNAME", setups_[i].filePath}); });
+    writeIniAll(entries, ini);
+}
+
+void SetupCatalogue::reload() {
+    readList();
+    loadFiles();
 }
 
 void SetupCatalogue::commit() {
-    SaveINI();
-    InitSetups();
-    LoadSetups();
+    writeList();
+    reload();
 }
 
 const VbList<std::string>* SetupCatalogue::findLines(long setupNumber) const {
-    const SetupRecord* setup = setupNumber >= 1 ? Setups_.find(setupNumber) : nullptr;
-    return setup ? &setup->Lines : nullptr;
-}
-
-const VbList<std::string>& SetupCatalogue::linesOf(long setupNumber) const {
-    const VbList<std::string>* lines = findLines(setupNumber);
-    if (!lines) throw errors::subscriptOutOfRange();
-    return *lines;
+    const SetupRecord* setup = setupNumber >= 1 ? setups_.find(setupNumber) : nullptr;
+    return setup ? &setup->lines : nullptr;
 }

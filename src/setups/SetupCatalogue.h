@@ -1,51 +1,53 @@
 #pragma once
 // The setups offered to players: paths in tessark.ini ([SETUPLIST] NUM, [SETUPLISTi] FNAME),
-// names and record lines from the ".stp" files. A setup's number is its position in Setups.
-// Every change ends with the commit sequence: SaveINI, InitSetups, LoadSetups.
-#include "server/VbList.h"
+// names and record lines from the ".stp" files. A setup's number is its position in the list.
+// Every change ends with commit(): the list written, read back, and the files loaded again.
+#include "basics/ErrorLog.h"
+#include "basics/StatusDisplay.h"
+#include "basics/VbList.h"
 
 #include <QString>
 
 #include <cstdint>
 #include <string>
 
-class Server;
-
 struct SetupRecord {
-    std::string Name;
-    std::string FilePath;
-    VbList<std::string> Lines;
+    std::string name;
+    std::string filePath;
+    VbList<std::string> lines;
 };
 
 class SetupCatalogue {
   public:
-    explicit SetupCatalogue(Server& server);
+    // iniFile is tessark.ini; a listed file that is missing is reported on the display.
+    SetupCatalogue(QString iniFile, ErrorLog& errorLog, StatusDisplay& display);
 
     void reset();
-    void InitSetups();
-    void LoadSetups();
-    void SaveINI();
-    // SaveINI, InitSetups, LoadSetups: the end of every change to Setups.
+    // The list of paths from tessark.ini, without names or lines yet.
+    void readList();
+    // Each listed file's name and record lines.
+    void loadFiles();
+    // The list of paths into tessark.ini, which is written afresh with nothing else in it.
+    void writeList();
+    // readList, loadFiles.
+    void reload();
+    // writeList, readList, loadFiles: the end of every change to the list.
     void commit();
 
-    // Sending the catalogue to a player: the list of setups by number and name (the player's
-    // mark goes back to "-" first), and one setup's record lines exactly as loaded.
-    void SendSetupList(int16_t player);
-    void SendSetup(int16_t setupNumber, int16_t player);
-
-    const VbList<SetupRecord>& Setups() const { return Setups_; }
-    // The record lines of setup n; "Subscript out of range" outside 1..ubound (element 0 is
-    // a placeholder without lines).
-    const VbList<std::string>& linesOf(long setupNumber) const;
-    // The same, or none for a number outside the catalogue.
+    const VbList<SetupRecord>& list() const { return setups_; }
+    // The record lines of setup n, or none for a number outside the catalogue (element 0 is a
+    // placeholder without lines).
     const VbList<std::string>* findLines(long setupNumber) const;
     // For the operator's forms, which edit the list and then commit().
-    VbList<SetupRecord>& editableSetups() { return Setups_; }
-    int16_t SetupCount() const { return SetupCount_; }
+    VbList<SetupRecord>& editableList() { return setups_; }
+    int16_t count() const { return count_; }
+    const QString& iniFile() const { return iniFile_; }
 
   private:
-    Server& server_;
-    VbList<SetupRecord> Setups_;
+    QString iniFile_;
+    ErrorLog& errorLog_;
+    StatusDisplay& display_;
+    VbList<SetupRecord> setups_;
     // A 16-bit count, like every setup number a player can ask for.
-    int16_t SetupCount_ = 0;
+    int16_t count_ = 0;
 };

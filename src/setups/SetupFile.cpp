@@ -1,13 +1,12 @@
 #include "setups/SetupFile.h"
 
-#include "net/Text.h"
-#include "server/RuntimeError.h"
+#include "basics/RuntimeError.h"
+#include "basics/Text.h"
 
 std::vector<std::string> readRawLines(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) throw errors::fileNotFound();
-    const QByteArray all = file.readAll();
-    return text::splitLines(std::string_view(all.constData(), static_cast<size_t>(all.size())));
+    std::optional<std::vector<std::string>> lines = text::fileLines(path);
+    if (!lines) throw errors::fileNotFound();
+    return std::move(*lines);
 }
 
 std::string recordLineOrEmpty(std::string_view line) {

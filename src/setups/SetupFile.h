@@ -2,7 +2,7 @@
 // The ".stp" setup file: line 1 is the setup's name exactly as typed, then one record per line
 // ("CURSET@COB", "CHKSIM", "CURTHE@...", "CHKSUM@path@checksum", "CONFIG@name@value"), CR LF
 // line ends, single-byte text. Readers trim blanks and skip blank and "//" comment lines.
-#include "server/VbList.h"
+#include "basics/VbList.h"
 
 #include <QFile>
 #include <QString>

@@ -2,106 +2,35 @@
 // operator would run it. It listens on the production ports.
 // Windows has no headless mode and no SIGTERM: there the server runs with its window (on a
 // screen that draws nothing) and is stopped by the end of the Windows session or Ctrl+C.
+#include "RealServer.h"
 #include "WindowsSession.h"
-#include "support/Peer.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
-#include <QFileInfo>
-
-#include <csignal>
-#include <memory>
-#if !defined(_WIN32)
-#include <sys/resource.h>
-#include <unistd.h>
-#endif
+#include <functional>
 
 namespace {
 
-// The tests pump the event loop while they wait for messages, so the process may already be
-// known to have ended, which waitForFinished() alone reports as a failure.
-bool hasEnded(QProcess& process) {
-    return process.state() == QProcess::NotRunning || process.waitForFinished(3000);
+// A server with a peer on each port asked to stop: "CLOSE1" to the AI Spy, "DISCON" to every
+// peer, a normal end with status 0, and no logs written with logging off.
+void expectOrderlyEnd(RealServer& server, QProcess& process, Peer& aiSpy, const std::function<void()>& stop) {
+    Peer player(5555), awacs(5556), sim(5557);
+    stop();
+    EXPECT_EQ(aiSpy.take(1).at(0).text(), "CLOSE1");
+    for (Peer* peer : {&player, &awacs, &sim})
+        EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
+    ASSERT_TRUE(hasEnded(process));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvLog.txt")));
+    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvErrorLog.txt")));
 }
-
-#ifndef Q_OS_WIN
-// SIGTERM to the server, only while it runs: a process that is gone has id 0, and a signal to 0
-// would go to the whole process group, the test runner included.
-void terminate(QProcess& process) {
-    const auto pid = static_cast<pid_t>(process.processId());
-    if (pid > 0 && process.state() != QProcess::NotRunning) ::kill(pid, SIGTERM);
-}
-#endif
-
-class RealServer {
-  public:
-    explicit RealServer(const QString& iniText = {}) {
-        QFile::copy(TESSARK_SERVER_EXE, exe());
-#ifdef Q_OS_WIN
-        // Windows looks for DLLs beside the program: the folder gets the whole deployment.
-        const QDir build = QFileInfo(TESSARK_SERVER_EXE).dir();
-        for (const QString& name : build.entryList({"*.dll"}, QDir::Files))
-            QFile::copy(build.filePath(name), file(name));
-        for (const char* plugin :
-             {"platforms/qwindows.dll", "platforms/qoffscreen.dll", "styles/qwindowsvistastyle.dll"}) {
-            QDir(dir.path()).mkpath(QFileInfo(QString(plugin)).path());
-            QFile::copy(build.filePath(plugin), file(plugin));
-        }
-#endif
-        if (!iniText.isEmpty()) {
-            QFile ini(dir.path() + "/tessark.ini");
-            ini.open(QIODevice::WriteOnly);
-            ini.write(iniText.toLatin1());
-        }
-    }
-    QString exe() const {
-        return dir.path() + "/" + QFileInfo(TESSARK_SERVER_EXE).fileName();
-    }
-    QString file(const QString& name) const {
-        return dir.path() + "/" + name;
-    }
-    std::string read(const QString& name) const {
-        QFile f(file(name));
-        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
-    }
-
-    // Starts a copy headless (or with the status window on an offscreen display); the
-    // single-instance lock lives in a temp dir of this test's own.
-    void start(QProcess& process, bool withWindow = false) const {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-            env.remove(name);
-        if (withWindow) env.insert("QT_QPA_PLATFORM", "offscreen");
-        env.insert("TMPDIR", lockDir.path());
-        env.insert("TMP", lockDir.path()); // Windows
-        env.insert("TEMP", lockDir.path());
-        process.setProcessEnvironment(env);
-        process.setWorkingDirectory(dir.path());
-        process.start(exe(), {});
-        process.waitForStarted();
-    }
-    // Waits until the production ports accept (the AI Spy's is opened last) and keeps that first
-    // connection as the AI Spy: a probe that left would hold the link until the server saw it go.
-    static std::unique_ptr<Peer> connectAiSpy() {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < 5000) {
-            auto aiSpy = std::make_unique<Peer>(5554);
-            if (aiSpy->isConnected()) return aiSpy;
-            pumpFor(10ms);
-        }
-        return nullptr;
-    }
-
-    QTemporaryDir dir, lockDir;
-};
 
 } // namespace
+
+#if !defined(_WIN32)
+#include <sys/resource.h>
+#endif
 
 #ifndef Q_OS_WIN
 TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
@@ -118,16 +47,7 @@ TEST(RealServer, StartsHeadlessRefusesASecondCopyAndShutsDownOnSigterm) {
     EXPECT_EQ(second.exitCode(), 0);
     EXPECT_EQ(second.readAllStandardError().trimmed().toStdString(), "The application is allready running.");
 
-    Peer player(5555), awacs(5556), sim(5557);
-    terminate(first);
-    EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
-    for (Peer* peer : {&player, &awacs, &sim})
-        EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
-    ASSERT_TRUE(hasEnded(first));
-    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(first.exitCode(), 0);
-    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvLog.txt")));
-    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvErrorLog.txt")));
+    expectOrderlyEnd(server, first, *aiSpy, [&] { terminate(first); });
 }
 #endif
 
@@ -254,16 +174,8 @@ TEST(RealServer, RefusesASecondCopyInAMessageBoxAndShutsDownWhenTheWindowsSessio
     EXPECT_EQ(second.exitCode(), 0);
     EXPECT_EQ(server.read("tessark.ini"), ini);
 
-    Peer player(5555), awacs(5556), sim(5557);
-    EXPECT_TRUE(windows_session::endSession(first.processId()));
-    EXPECT_EQ(aiSpy->take(1).at(0).text(), "CLOSE1");
-    for (Peer* peer : {&player, &awacs, &sim})
-        EXPECT_EQ(peer->take(1).at(0).text(), "DISCON");
-    ASSERT_TRUE(hasEnded(first));
-    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(first.exitCode(), 0);
-    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvLog.txt")));
-    EXPECT_FALSE(QFile::exists(server.file("TessarkSrvErrorLog.txt")));
+    expectOrderlyEnd(server, first, *aiSpy,
+                     [&] { EXPECT_TRUE(windows_session::endSession(first.processId())); });
 }
 
 TEST(RealServer, ItsCloseBoxOnlyPutsTheWindowAwayAndCtrlCEndsItAsExitDoes) {

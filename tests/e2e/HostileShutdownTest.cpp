@@ -73,7 +73,8 @@ TEST_F(HostileShutdown, ConnectionsClosedWhileStillSendingAreBounded) {
         const QByteArray request = errorListRequests(1) + batch({"VALEND"});
         ASSERT_EQ(::write(s, request.constData(), static_cast<size_t>(request.size())), request.size());
         pumpFor(20ms);
-        ASSERT_TRUE(pumpUntil([&] { return server().WS1().loadedIndices().empty(); }, 10s));
+        ASSERT_TRUE(
+            pumpUntil([&] { return server().playerChannel().sockets().loadedIndices().empty(); }, 10s));
         peers.push_back(s);
     }
     pumpFor(100ms);
@@ -85,7 +86,7 @@ TEST_F(HostileShutdown, ConnectionsClosedWhileStillSendingAreBounded) {
 
 TEST_F(HostileShutdown, AConnectionWhosePeerVanishesIsGivenUpWithinAMinute) {
     Peer player(ts_.playerPort());
-    const int s = static_cast<int>(server().WS1().element(1).descriptor());
+    const int s = static_cast<int>(server().playerChannel().sockets().element(1).descriptor());
     int keepAlive = 0;
     unsigned int userTimeout = 0;
     socklen_t size = sizeof keepAlive;

@@ -24,9 +24,9 @@ class HostileWork : public RelayTest {
     // A player that registered; its own registration messages are taken.
     std::unique_ptr<Peer> registeredPlayer(const std::string& name) {
         auto peer = std::make_unique<Peer>(ts_.playerPort());
-        const int before = server().players().Players().ubound();
+        const int before = server().players().roster().ubound();
         peer->send("VALIDR", name);
-        EXPECT_TRUE(pumpUntil([&] { return server().players().Players().ubound() == before + 1; }));
+        EXPECT_TRUE(pumpUntil([&] { return server().players().roster().ubound() == before + 1; }));
         peer->settle(30ms);
         peer->takeAllTexts();
         return peer;
@@ -39,16 +39,16 @@ class HostileWork : public RelayTest {
             [&] {
                 const auto& inbox = player.inbox();
                 return std::any_of(inbox.begin(), inbox.end(),
-                                   [](const Message& m) { return m.command == "AWANUM"; });
+                                   [](const Received& m) { return m.command == "AWANUM"; });
             },
             20s));
         player.takeAllTexts();
     }
     int listedOnSlot(int slot) {
         int n = 0;
-        const auto& players = server().players().Players();
+        const auto& players = server().players().roster();
         for (int i = 1; i <= players.ubound(); ++i)
-            n += players[i].Slot == slot;
+            n += players[i].slot == slot;
         return n;
     }
 };
@@ -80,7 +80,7 @@ TEST_F(HostileWork, FailingStatementsThatAPeerDrivesUnwindNothing) {
     // Answers to a connection that is gone: a VALEND, then requests behind it in the same write.
     auto leaving = registeredPlayer("GONE");
     leaving->sendRaw(batch({"VALEND"}) + repeated("GETLST", 1000));
-    ASSERT_TRUE(pumpUntil([&] { return server().players().Players().ubound() == 1; }));
+    ASSERT_TRUE(pumpUntil([&] { return server().players().roster().ubound() == 1; }));
     roundTrip(*alpha);
 
     EXPECT_LT(*exceptionsThrownSoFar() - *before, 50);
@@ -102,15 +102,15 @@ TEST_F(HostileWork, RegistrationsAndPlacesAreBoundedPerConnection) {
     pumpFor(200ms); // and no more come
     EXPECT_EQ(listedOnSlot(2), 4);
     EXPECT_EQ(awacsListed(), 4);
-    const auto& sims = server().sims().SimList();
+    const auto& sims = server().sims().simulators();
     long places = 0;
     for (int i = 1; i <= sims.ubound(); ++i)
-        places += sims[i].Planes.ubound();
+        places += sims[i].airplanes.ubound();
     EXPECT_EQ(sims.ubound(), 4);
     EXPECT_LE(places, SimClients::kMaxPlaces);
     // An honest simulator still joins.
     auto honest = announcedSim("VIPER", 2);
-    EXPECT_EQ(server().sims().SimList()[5].Name, "VIPER");
+    EXPECT_EQ(server().sims().simulators()[5].name, "VIPER");
     EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 
@@ -128,7 +128,7 @@ TEST_F(HostileWork, NothingAPeerSentIsKeptOnceItLeaves) {
         for (auto& peer : peers)
             EXPECT_TRUE(peer->waitFor(3, 20s));
     }
-    ASSERT_TRUE(pumpUntil([&] { return server().WS1().loadedIndices().size() == 1; }));
+    ASSERT_TRUE(pumpUntil([&] { return server().playerChannel().sockets().loadedIndices().size() == 1; }));
     roundTrip(*alpha);
     EXPECT_LT(mallinfo2().uordblks, before + 16 * 1024 * 1024);
 }
@@ -143,8 +143,7 @@ TEST_F(HostileWork, AReaderGetsEveryAnswerWholeAndOneThatStopsReadingHoldsUpNobo
     ts_.writeFile("huge.stp", setup);
     ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" +
                                      ts_.path("huge.stp").toStdString() + "\r\n");
-    server().setups().InitSetups();
-    server().setups().LoadSetups();
+    server().setups().reload();
 
     auto reader = registeredPlayer("READER");
     reader->send("GETVLO", "1");
@@ -177,8 +176,7 @@ TEST_F(HostileWork, ANulInsideDataNeverReachesAnotherPeersStream) {
     ts_.writeFile("nul.stp", "Nul\r\nCURSET@BMS" + std::string(1, '\0') + "PLSDEL1\r\n");
     ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" +
                                      ts_.path("nul.stp").toStdString() + "\r\n");
-    server().setups().InitSetups();
-    server().setups().LoadSetups();
+    server().setups().reload();
     auto player = std::make_unique<Peer>(ts_.playerPort());
     player->send("GETVLO", "1");
     EXPECT_THAT(player->takeTexts(3), ElementsAre("VLRDIM1", "VLSADD1@CURSET@BMS", "VLDONE"));

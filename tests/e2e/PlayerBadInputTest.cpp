@@ -26,7 +26,8 @@ QByteArray batch(const std::vector<std::string>& messages) {
 std::vector<std::string> loggedErrors(const std::string& log) {
     std::vector<std::string> out;
     const std::regex line(R"(-/- Error at TskSrvForm1::(\w+ - Error: \d+) - )");
-    for (std::sregex_iterator it(log.begin(), log.end(), line), end; it != end; ++it) out.push_back((*it)[1]);
+    for (std::sregex_iterator it(log.begin(), log.end(), line), end; it != end; ++it)
+        out.push_back((*it)[1]);
     return out;
 }
 

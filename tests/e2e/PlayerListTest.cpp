@@ -72,7 +72,7 @@ TEST(PlayerList, ConnectionsWithoutRegistration) {
     expectNext(listed, {"PLSNEW|3@Batch@@-", "PLSUPD|3@Batch@@X"});
     batch.close();
     expectNext(listed, {"PLSDEL|3"});
-    EXPECT_EQ(ts.server().players().Players().ubound(), 1);
+    EXPECT_EQ(ts.server().players().roster().ubound(), 1);
     EXPECT_TRUE(listed.settle(50ms).empty());
     EXPECT_EQ(ts.endsOfProgram(), 0);
 }
@@ -84,7 +84,7 @@ TEST(PlayerList, TheFortyNinthConnectionGetsNoSlot) {
         for (int i = 1; i <= 48; ++i)
             peers.push_back(std::make_unique<Peer>(ts.playerPort()));
         PlayerSessions& players = ts.server().players();
-        ASSERT_TRUE(players.PlayerSlotUsed()[48]);
+        ASSERT_TRUE(ts.server().playerNumbers()[48]);
 
         // The connection is refused as soon as it is made: a plain socket sees it come and go.
         QTcpSocket refused;
@@ -104,11 +104,11 @@ TEST(PlayerList, TheFortyNinthConnectionGetsNoSlot) {
 
         // The lowest free slot is the next one handed out.
         peers[4]->close();
-        pumpUntil([&] { return !players.PlayerSlotUsed()[5]; });
+        pumpUntil([&] { return !ts.server().playerNumbers()[5]; });
         Peer next(ts.playerPort());
         next.send("VALIDR", "Next");
         ASSERT_TRUE(next.waitFor(1));
-        EXPECT_EQ(players.Players()[players.Players().ubound()].Slot, 5);
+        EXPECT_EQ(players.roster()[players.roster().ubound()].slot, 5);
     }
 }
 

@@ -25,7 +25,7 @@ TEST_F(RelayBadInput, BadSimReportsRelayNothingWhileLoggingIsOff) {
     // though the simulator's record never learns it.
     sendAndSettle(*sim, "ADDAIR", "7");
     EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("NEWCLT2@VIPER2"));
-    EXPECT_TRUE(server().players().PlayerSlotUsed()[2]);
+    EXPECT_TRUE(server().playerNumbers()[2]);
 
     // An empty place is still reported gone, as number 0.
     sendAndSettle(*sim, "DELAIR", "2");
@@ -64,7 +64,7 @@ TEST_F(RelayBadInput, AwacsClientWithASocketErrorIsClosedButStaysListed) {
     failing->takeAllTexts();
     healthy->takeAllTexts();
 
-    emit server().WS2().element(1).error(1, 40010, "Connection reset");
+    emit server().awacsChannel().sockets().element(1).error(1, 40010, "Connection reset");
     EXPECT_TRUE(failing->waitForDisconnect());
     EXPECT_EQ(awacsListed(), 2);
     EXPECT_EQ(ts_.display().awacsCount, "2");

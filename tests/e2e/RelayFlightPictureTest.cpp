@@ -12,7 +12,7 @@ class RelayFlightPicture : public RelayTest {};
 TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAndRemovals) {
     // A connected player holds slot 1, so the airplanes are numbered from 2.
     Peer player(ts_.playerPort());
-    ASSERT_TRUE(server().players().PlayerSlotUsed()[1]);
+    ASSERT_TRUE(server().playerNumbers()[1]);
     player.send("VALIDR", "Maverick");
     EXPECT_THAT(player.takeTexts(1), ElementsAre("PLSNEW1@Maverick@@-"));
 
@@ -37,8 +37,7 @@ TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAn
     sendAndSettle(*eagle, "SIMLOC", "2@empty place"); // no airplane there: nothing
     // A player's position goes on whole, under its slot.
     player.send("F4LOCA", "x@y");
-    EXPECT_THAT(awacs->takeTexts(3),
-                ElementsAre("INDATA2@N45E007 FL350", "INDATA3@S12W077", "INDATA1@x@y"));
+    EXPECT_THAT(awacs->takeTexts(3), ElementsAre("INDATA2@N45E007 FL350", "INDATA3@S12W077", "INDATA1@x@y"));
 
     // A new airplane is announced to the listed client at once.
     sendAndSettle(*eagle, "ADDAIR", "2");
@@ -47,11 +46,11 @@ TEST_F(RelayFlightPicture, NewAwacsClientSeesPlayersThenAirplanesThenPositionsAn
     // Airplanes vanish with DELCLT and their numbers are free again.
     sendAndSettle(*viper, "DELAIR", "3");
     EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("DELCLT2"));
-    EXPECT_FALSE(server().players().PlayerSlotUsed()[2]);
+    EXPECT_FALSE(server().playerNumbers()[2]);
     sendAndSettle(*eagle, "SIMEND");
     EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("DELCLT3", "DELCLT5"));
-    EXPECT_FALSE(server().players().PlayerSlotUsed()[3]);
-    EXPECT_FALSE(server().players().PlayerSlotUsed()[5]);
+    EXPECT_FALSE(server().playerNumbers()[3]);
+    EXPECT_FALSE(server().playerNumbers()[5]);
     EXPECT_TRUE(eagle->waitForDisconnect());
     EXPECT_EQ(simsListed(), 1);
     EXPECT_EQ(ts_.display().simCount, "1");
@@ -87,8 +86,8 @@ TEST_F(RelayFlightPicture, SimulatorsAreFoundByPositionForAirplanesButBySlotForR
     // gone, so nothing is announced (and the number it took stays taken).
     sendAndSettle(*second, "ADDAIR", "1");
     EXPECT_THAT(awacs->takeAllTexts(), IsEmpty());
-    EXPECT_TRUE(server().players().PlayerSlotUsed()[1]);
-    EXPECT_EQ(server().sims().SimList()[1].Name, "TWO");
+    EXPECT_TRUE(server().playerNumbers()[1]);
+    EXPECT_EQ(server().sims().simulators()[1].name, "TWO");
     EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 

@@ -19,8 +19,8 @@ class RelayTest : public ::testing::Test {
     explicit RelayTest(const std::string& iniText = {}) : ts_(iniText) {}
 
     Server& server() { return ts_.server(); }
-    int awacsListed() { return server().awacs().AwacsList().ubound(); }
-    int simsListed() { return server().sims().SimList().ubound(); }
+    int awacsListed() { return server().awacs().listed().ubound(); }
+    int simsListed() { return server().sims().simulators().ubound(); }
 
     // An AWACS client that sent NAWACS and is listed.
     std::unique_ptr<Peer> registeredAwacs() {
@@ -53,7 +53,6 @@ class RelayTest : public ::testing::Test {
         if (!offered.isEmpty()) socket.write(offered);
         return pumpUntil([&] { return socket.state() == QAbstractSocket::UnconnectedState; });
     }
-
 
     TestServer ts_;
 };

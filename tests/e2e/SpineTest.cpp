@@ -20,7 +20,7 @@ TEST(Spine, TheKeepAliveReachesTheAiSpyAndIsLoggedOnceOverAFreshTrafficLog) {
     t.start();
     Peer aiSpy(t.aiSpyPort());
     Peer unlisted(t.playerPort()); // connected but not registered: not on any list
-    t.server().Timer1_Timer();
+    t.server().sendKeepAlive();
     EXPECT_EQ(aiSpy.take(1)[0].text(), "SYNCRO");
     EXPECT_TRUE(unlisted.settle().empty());
     t.server().trafficLog().flush();
@@ -34,7 +34,7 @@ TEST(Spine, ExitTellsTheAiSpyAndEveryConnectedPeerInOrder) {
     Peer aiSpy(t.aiSpyPort());
     Peer player1(t.playerPort()), player2(t.playerPort());
     Peer awacs(t.awacsPort()), sim(t.simPort());
-    player1.close(); // gone before the exit: nothing is sent to it
+    player1.close();                            // gone before the exit: nothing is sent to it
     EXPECT_FALSE(t.server().queryUnload(true)); // the close box only hides
     int finished = 0;
     QObject::connect(&t.server(), &Server::finished, [&] { ++finished; });
@@ -69,26 +69,29 @@ TEST(Spine, WithLoggingOnALoneNulEndsTheProgramThroughTheErrorLog) {
     ASSERT_TRUE(pumpUntil([&] { return t.endsOfProgram() > 0; }));
     const std::string errors = t.readFile("TessarkSrvErrorLog.txt");
     ASSERT_GT(errors.size(), 21u); // one line after the time stamp
-    EXPECT_EQ(errors.substr(21), " -/- Error at TskSrvForm1::ParseData - Error: 5 - Invalid procedure call or argument\r\n");
+    EXPECT_EQ(errors.substr(21),
+              " -/- Error at TskSrvForm1::ParseData - Error: 5 - Invalid procedure call or argument\r\n");
 }
 
 TEST(Spine, WithLoggingOffBadBytesOnAnyPortGetSilenceAndTheServerStaysUp) {
     TestServer t;
     Peer aiSpy(t.aiSpyPort());
-    std::vector<QByteArray> noise = {QByteArray(1, '\0'), QByteArray("ab\0\0x\0", 6), QByteArray(1 << 20, 'A'),
-                                     QByteArray("\xff\xfe\x01\x80garbage\0", 13)};
+    std::vector<QByteArray> noise = {QByteArray(1, '\0'), QByteArray("ab\0\0x\0", 6),
+                                     QByteArray(1 << 20, 'A'), QByteArray("\xff\xfe\x01\x80garbage\0", 13)};
     for (quint16 port : {t.playerPort(), t.awacsPort(), t.simPort()}) {
         Peer bad(port);
-        for (const QByteArray& bytes : noise) bad.sendRaw(bytes);
+        for (const QByteArray& bytes : noise)
+            bad.sendRaw(bytes);
         EXPECT_TRUE(bad.settle().empty());
         Peer vanishing(port);
         vanishing.socket().abort();
     }
-    for (const QByteArray& bytes : noise) aiSpy.sendRaw(bytes);
+    for (const QByteArray& bytes : noise)
+        aiSpy.sendRaw(bytes);
     pumpFor(100ms);
     EXPECT_EQ(t.endsOfProgram(), 0);
     EXPECT_FALSE(QFile::exists(t.path("TessarkSrvErrorLog.txt")));
-    t.server().Timer1_Timer();
+    t.server().sendKeepAlive();
     EXPECT_EQ(aiSpy.take(1)[0].text(), "SYNCRO"); // still served
 }
 
@@ -102,11 +105,11 @@ TEST(Spine, APeerThatNeverReadsIsCappedWithoutHoldingUpOthersAndLaterGetsWholeMe
     Peer reader(t.playerPort()); // slot 2
     const std::string padding(60000, 'x');
     for (int i = 0; i < 400; ++i) { // 24 MB towards a peer that reads nothing
-        t.server().senders().SendCommand("INDATA", std::to_string(i) + ":" + padding, 1);
-        t.server().senders().SendCommand("INDATA", std::to_string(i), 2);
+        t.server().playerChannel().send("INDATA", std::to_string(i) + ":" + padding, 1);
+        t.server().playerChannel().send("INDATA", std::to_string(i), 2);
         QCoreApplication::processEvents();
     }
-    const qint64 queued = t.server().WS1().element(1).bytesQueued();
+    const qint64 queued = t.server().playerChannel().sockets().element(1).bytesQueued();
     EXPECT_GT(queued, SocketElement::kOutputCap / 2); // it really is stalled
     EXPECT_LE(queued, SocketElement::kOutputCap);
     ASSERT_TRUE(reader.waitFor(400));
@@ -114,9 +117,10 @@ TEST(Spine, APeerThatNeverReadsIsCappedWithoutHoldingUpOthersAndLaterGetsWholeMe
 
     // Reading again, it gets what was queued, each message whole and in order.
     stalled.setReadBufferSize(0);
-    t.server().senders().SendCommand("INDATA", "final", 1);
+    t.server().playerChannel().send("INDATA", "final", 1);
     QByteArray received;
-    ASSERT_TRUE(pumpUntil([&] { return (received += stalled.readAll()).endsWith(QByteArray("INDATAfinal", 12)); }, 10000ms));
+    ASSERT_TRUE(pumpUntil(
+        [&] { return (received += stalled.readAll()).endsWith(QByteArray("INDATAfinal", 12)); }, 10000ms));
     int previous = -1;
     for (const QByteArray& message : received.chopped(12).split('\0')) {
         if (message.isEmpty()) continue;

@@ -2,13 +2,13 @@
 // Properties of the readers of files an operator may have edited by hand (setup files and
 // tessark.ini) and of the leading-number rule that reads numbers out of peers' payloads. Each
 // returns "" when the input passed, or what went wrong. Shared with the corpus replay test.
-#include "net/Text.h"
-#include "server/IniFile.h"
+#include "basics/IniFile.h"
+#include "basics/Text.h"
 #include "setups/SetupFile.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QCoreApplication>
 
 #include <cmath>
 #include <string>
@@ -18,7 +18,8 @@ namespace fuzzchecks {
 
 // A scratch file of this process's own, holding the input's bytes.
 inline QString scratchFile(std::string_view bytes) {
-    const QString path = QDir::tempPath() + "/tessark-fuzz-" + QString::number(QCoreApplication::applicationPid());
+    const QString path =
+        QDir::tempPath() + "/tessark-fuzz-" + QString::number(QCoreApplication::applicationPid());
     QFile file(path);
     file.open(QIODevice::WriteOnly | QIODevice::Truncate);
     file.write(bytes.data(), static_cast<qint64>(bytes.size()));
@@ -39,7 +40,8 @@ inline std::string setupFile(std::string_view input) {
         if (record.find_first_of("\r\n") != std::string::npos) return "line end inside a record";
         const SetupRecordFields fields = interpretRecordLine(record);
         std::string joined = fields.kind;
-        for (int i = 1; i <= fields.parts.ubound(); ++i) joined += (i > 1 ? "@" : "") + fields.parts[i];
+        for (int i = 1; i <= fields.parts.ubound(); ++i)
+            joined += (i > 1 ? "@" : "") + fields.parts[i];
         if (record.size() > 6 && joined != record) return "kind and values do not give the line back";
     }
     return {};
@@ -50,13 +52,13 @@ inline std::string iniFile(std::string_view input) {
     const QString path = scratchFile(input);
     for (const char* key : {"NUM", "num", "LOG", "FNAME"})
         for (const char* section : {"SETUPLIST", "DEBUG", "setuplist1"}) {
-            const std::string value = ReadINI(section, key, path);
+            const std::string value = readIni(section, key, path);
             if (value.size() > 749) return "value longer than 749";
             if (value.find_first_of("\r\n") != std::string::npos) return "line end inside a value";
         }
-    WriteINI("SETUPLIST", "NUM", "7", path);
-    WriteINI("SetupList2", "fname", "C:\\x y\\z.stp", path);
-    const std::string num = ReadINI("setuplist", "num", path), fname = ReadINI("SETUPLIST2", "FNAME", path);
+    writeIni("SETUPLIST", "NUM", "7", path);
+    writeIni("SetupList2", "fname", "C:\\x y\\z.stp", path);
+    const std::string num = readIni("setuplist", "num", path), fname = readIni("SETUPLIST2", "FNAME", path);
     QFile::remove(path);
     if (num != "7") return "NUM written as 7 reads \"" + num + "\"";
     if (fname != "C:\\x y\\z.stp") return "FNAME written reads \"" + fname + "\"";

@@ -31,7 +31,7 @@ inline std::string aiSpyText(std::string_view input) {
 inline std::string framing(std::string_view input) {
     ErrorLog off(QString(), false, {});
     ErrorTrap trap(off, "ParseData");
-    const CommandList list = splitArrival(input, trap);
+    const MessageList list = splitArrival(input, trap);
     size_t start = 0;
     int i = 0;
     for (size_t nul = input.find('\0'); nul != std::string_view::npos; nul = input.find('\0', start)) {
@@ -39,16 +39,16 @@ inline std::string framing(std::string_view input) {
         start = nul + 1;
         if (message.size() > kMaxMessageBytes) continue; // dropped whole
         if (++i > list.ubound()) return "fewer records than kept messages";
-        const CommandRec& rec = list[i];
-        if (rec.Command != message.substr(0, 6)) return "command is not the first 6 characters";
-        if (rec.Data != (message.size() > 6 ? message.substr(6) : std::string_view()))
+        const Message& rec = list[i];
+        if (rec.command != message.substr(0, 6)) return "command is not the first 6 characters";
+        if (rec.data != (message.size() > 6 ? message.substr(6) : std::string_view()))
             return "data is not the rest";
     }
     if (i != list.ubound()) return "more records than kept messages";
-    const CommandList ai = splitAiArrival(input, trap);
+    const MessageList ai = splitAiArrival(input, trap);
     if (ai.ubound() != 1) return "AI Spy arrival is not one record";
-    if (ai[1].Command != input.substr(0, 6)) return "AI Spy command is not the first 6 characters";
-    if (ai[1].Data != (input.size() > 6 ? input.substr(6) : std::string_view()))
+    if (ai[1].command != input.substr(0, 6)) return "AI Spy command is not the first 6 characters";
+    if (ai[1].data != (input.size() > 6 ? input.substr(6) : std::string_view()))
         return "AI Spy data is not the rest";
     return {};
 }

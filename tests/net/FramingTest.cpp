@@ -18,10 +18,10 @@ struct Parsed {
 Parsed parse(const std::string& bytes, bool ai = false) {
     ErrorLog log("unused", false, {});
     ErrorTrap trap(log, "ParseData");
-    const CommandList list = ai ? splitAiArrival(bytes, trap) : splitArrival(bytes, trap);
+    const MessageList list = ai ? splitAiArrival(bytes, trap) : splitArrival(bytes, trap);
     Parsed parsed;
     for (int i = 1; i <= list.ubound(); ++i)
-        parsed.text += std::string(list[i].Command) + "|" + std::string(list[i].Data) + ";";
+        parsed.text += std::string(list[i].command) + "|" + std::string(list[i].data) + ";";
     parsed.count = list.ubound();
     parsed.errorPending = trap.pending();
     return parsed;

@@ -79,9 +79,16 @@ TEST(AiSpyText, NameCarriesOverWithinACallAndSitsOnLineFourUnderATypeLine) {
 
 TEST(AiSpyText, LineTwoByLengthAndLineOneAfterItsFirstThreeCharacters) {
     const std::vector<std::pair<std::string, std::string>> line2s = {
-        {"", ""},           {"12345", ""},          {"270/5K", "270005"},        {"270/15K", "270015"},
-        {"270/150K", "270150"}, {"270/1500K", ""},  {"SPD 270/5K", "270005"},    {"SPD 270/15K", "270015"},
-        {"SPD 270/150K", "270150"}, {"SPD 270/1500K", ""},
+        {"", ""},
+        {"12345", ""},
+        {"270/5K", "270005"},
+        {"270/15K", "270015"},
+        {"270/150K", "270150"},
+        {"270/1500K", ""},
+        {"SPD 270/5K", "270005"},
+        {"SPD 270/15K", "270015"},
+        {"SPD 270/150K", "270150"},
+        {"SPD 270/1500K", ""},
     };
     for (const auto& [line2, field] : line2s)
         EXPECT_EQ(convert(aircraft("1*X", line2, "A  7")).text, "X         " + field + "07") << line2;
@@ -96,17 +103,20 @@ TEST(AiSpyText, FailuresReachTheErrorLogWithTheStepMarker) {
     QTemporaryDir dir;
     int ends = 0;
     ErrorLog log(dir.filePath("err.txt"), true, [&] { ++ends; });
-    EXPECT_EQ(AISPYTxtToAWACSTxt(record({"Typ F16", "090/7K", "A  5"}), log), "          09000705");
+    EXPECT_EQ(aiTrafficText(record({"Typ F16", "090/7K", "A  5"}), log), "          09000705");
     // Too many records for a 16-bit count: nothing is converted.
-    EXPECT_EQ(AISPYTxtToAWACSTxt(std::string(1966050, 'x'), log), "");
+    EXPECT_EQ(aiTrafficText(std::string(1966050, 'x'), log), "");
     EXPECT_EQ(ends, 2);
     QFile file(dir.filePath("err.txt"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const std::string lines = file.readAll().toStdString();
-    EXPECT_NE(lines.find("Error at TskSrvForm1::AISPYTxtToAWACSTxt - Error: 9 - Subscript out of range---L=14\r\n"),
-              std::string::npos) << lines;
+    EXPECT_NE(
+        lines.find("Error at TskSrvForm1::AISPYTxtToAWACSTxt - Error: 9 - Subscript out of range---L=14\r\n"),
+        std::string::npos)
+        << lines;
     EXPECT_NE(lines.find("Error at TskSrvForm1::AISPYTxtToAWACSTxt - Error: 6 - Overflow---L=0\r\n"),
-              std::string::npos) << lines;
+              std::string::npos)
+        << lines;
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "setups/SetupCatalogue.h"
-#include "server/IniFile.h"
+#include "basics/IniFile.h"
 #include "support/TestServer.h"
 
 #include <gmock/gmock.h>
@@ -34,17 +34,17 @@ TEST(SetupCatalogueTest, LoadsNamesAndLinesAndReportsMissingFilesWithoutDropping
                                       "[DEBUG]\r\nLOG=0\r\n");
     c.ts.start();
 
-    const auto& setups = c.setups().Setups();
+    const auto& setups = c.setups().list();
     ASSERT_EQ(setups.ubound(), 4); // NUM beyond the sections: the fourth has an empty path
-    EXPECT_EQ(c.setups().SetupCount(), 4);
-    EXPECT_EQ(setups[1].Name, "Night Ops");
-    EXPECT_EQ(setups[1].Lines.ubound(), 3);
-    EXPECT_EQ(setups[1].Lines[2], "CHKSIM");
-    EXPECT_EQ(setups[2].Name, "");
-    EXPECT_EQ(setups[2].FilePath, c.path("gone.stp"));
-    EXPECT_EQ(setups[3].Name, "Name only");
-    EXPECT_EQ(setups[3].Lines.ubound(), 0);
-    EXPECT_EQ(setups[4].FilePath, "");
+    EXPECT_EQ(c.setups().count(), 4);
+    EXPECT_EQ(setups[1].name, "Night Ops");
+    EXPECT_EQ(setups[1].lines.ubound(), 3);
+    EXPECT_EQ(setups[1].lines[2], "CHKSIM");
+    EXPECT_EQ(setups[2].name, "");
+    EXPECT_EQ(setups[2].filePath, c.path("gone.stp"));
+    EXPECT_EQ(setups[3].name, "Name only");
+    EXPECT_EQ(setups[3].lines.ubound(), 0);
+    EXPECT_EQ(setups[4].filePath, "");
     EXPECT_THAT(c.ts.display().messageBoxes,
                 ElementsAre(QString::fromStdString("Error|The File " + c.path("gone.stp") + " was not found"),
                             QString("Error|The File  was not found")));
@@ -55,7 +55,7 @@ TEST(SetupCatalogueTest, CountsThatAreAbsentOrNotNumbersOrTooLargeGiveAnEmptyCat
         Catalogue c;
         c.ts.writeFile("tessark.ini", std::string("[SETUPLIST]\r\n") + num + "[DEBUG]\r\nLOG=0\r\n");
         c.ts.start();
-        EXPECT_EQ(c.setups().Setups().ubound(), 0) << num;
+        EXPECT_EQ(c.setups().list().ubound(), 0) << num;
         EXPECT_TRUE(c.ts.display().messageBoxes.isEmpty()) << num;
     }
 }
@@ -71,7 +71,7 @@ TEST(SetupCatalogueTest, CommitRenumbersTheSectionsAndDropsEveryOtherSetting) {
     c.ts.start();
 
     // What the setup list editor does: drop the first, then commit.
-    auto& edited = c.setups().editableSetups();
+    auto& edited = c.setups().editableList();
     VbList<SetupRecord> without;
     for (int i = 2; i <= edited.ubound(); ++i)
         without.append(edited[i]);
@@ -79,17 +79,17 @@ TEST(SetupCatalogueTest, CommitRenumbersTheSectionsAndDropsEveryOtherSetting) {
     c.setups().commit();
 
     const QString ini = c.ts.path("tessark.ini");
-    EXPECT_EQ(ReadINI("SETUPLIST", "NUM", ini), "2");
-    EXPECT_EQ(ReadINI("SETUPLIST1", "FNAME", ini), c.path("b.stp"));
-    EXPECT_EQ(ReadINI("SETUPLIST2", "FNAME", ini), c.path("c.stp"));
-    EXPECT_EQ(ReadINI("SETUPLIST3", "FNAME", ini), "");
+    EXPECT_EQ(readIni("SETUPLIST", "NUM", ini), "2");
+    EXPECT_EQ(readIni("SETUPLIST1", "FNAME", ini), c.path("b.stp"));
+    EXPECT_EQ(readIni("SETUPLIST2", "FNAME", ini), c.path("c.stp"));
+    EXPECT_EQ(readIni("SETUPLIST3", "FNAME", ini), "");
     EXPECT_THAT(c.ts.readFile("tessark.ini"), Not(HasSubstr("DEBUG")));
 
     // The commit reloads: each setup's lines once, not appended to the old ones.
-    const auto& setups = c.setups().Setups();
+    const auto& setups = c.setups().list();
     ASSERT_EQ(setups.ubound(), 2);
-    EXPECT_EQ(setups[1].Name, "B");
-    EXPECT_EQ(setups[1].Lines.ubound(), 1);
+    EXPECT_EQ(setups[1].name, "B");
+    EXPECT_EQ(setups[1].lines.ubound(), 1);
 }
 
 } // namespace

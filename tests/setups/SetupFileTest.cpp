@@ -1,5 +1,5 @@
 #include "setups/SetupFile.h"
-#include "server/RuntimeError.h"
+#include "basics/RuntimeError.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -14,7 +14,9 @@ Peer::Peer(quint16 port) {
     pumpFor(20ms);
 }
 
-Peer::~Peer() { socket_.abort(); }
+Peer::~Peer() {
+    socket_.abort();
+}
 
 void Peer::send(const std::string& command, const std::string& data) {
     QByteArray bytes = QByteArray::fromStdString(command + data);
@@ -42,23 +44,25 @@ bool Peer::waitFor(size_t count, std::chrono::milliseconds timeout) {
     return pumpUntil([&] { return inbox_.size() >= count; }, timeout);
 }
 
-std::vector<Message> Peer::take(size_t count, std::chrono::milliseconds timeout) {
+std::vector<Received> Peer::take(size_t count, std::chrono::milliseconds timeout) {
     waitFor(count, timeout);
     size_t n = std::min(count, inbox_.size());
-    std::vector<Message> taken(inbox_.begin(), inbox_.begin() + static_cast<long>(n));
+    std::vector<Received> taken(inbox_.begin(), inbox_.begin() + static_cast<long>(n));
     inbox_.erase(inbox_.begin(), inbox_.begin() + static_cast<long>(n));
     return taken;
 }
 
 std::vector<std::string> Peer::takeTexts(size_t count, std::chrono::milliseconds timeout) {
     std::vector<std::string> out;
-    for (const Message& m : take(count, timeout)) out.push_back(m.text());
+    for (const Received& m : take(count, timeout))
+        out.push_back(m.text());
     return out;
 }
 
 std::vector<std::string> Peer::takeAllTexts() {
     std::vector<std::string> texts;
-    for (const Message& m : inbox_) texts.push_back(m.text());
+    for (const Received& m : inbox_)
+        texts.push_back(m.text());
     inbox_.clear();
     return texts;
 }
@@ -68,7 +72,9 @@ std::vector<std::string> Peer::settle(std::chrono::milliseconds wait) {
     return takeAllTexts();
 }
 
-bool Peer::isConnected() const { return socket_.state() == QAbstractSocket::ConnectedState; }
+bool Peer::isConnected() const {
+    return socket_.state() == QAbstractSocket::ConnectedState;
+}
 
 bool Peer::waitForDisconnect(std::chrono::milliseconds timeout) {
     return pumpUntil([this] { return socket_.state() == QAbstractSocket::UnconnectedState; }, timeout);
@@ -82,12 +88,14 @@ void Peer::close() {
 void pumpFor(std::chrono::milliseconds wait) {
     QElapsedTimer clock;
     clock.start();
-    while (clock.elapsed() < wait.count()) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    while (clock.elapsed() < wait.count())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
 }
 
-std::vector<std::string> texts(const std::vector<Message>& messages) {
+std::vector<std::string> texts(const std::vector<Received>& messages) {
     std::vector<std::string> out;
-    for (const Message& m : messages) out.push_back(m.command + "|" + m.data);
+    for (const Received& m : messages)
+        out.push_back(m.command + "|" + m.data);
     return out;
 }
 

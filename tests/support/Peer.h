@@ -10,15 +10,15 @@
 
 using namespace std::chrono_literals;
 
-// "COMMAND" + data, as received (the NUL removed).
-struct Message {
+// One message as a peer received it: "COMMAND" + data (the NUL removed).
+struct Received {
     std::string command, data;
     std::string text() const { return command + data; }
-    bool operator==(const Message&) const = default;
+    bool operator==(const Received&) const = default;
 };
 
 class Peer {
-public:
+  public:
     // Connects to 127.0.0.1:port and waits until the server has accepted.
     explicit Peer(quint16 port);
     ~Peer();
@@ -28,29 +28,29 @@ public:
     // Waits until at least count messages arrived in all (since the start or the last take()).
     bool waitFor(size_t count, std::chrono::milliseconds timeout = 3000ms);
     // Waits for count messages and removes them from the inbox; fewer if the time runs out.
-    std::vector<Message> take(size_t count, std::chrono::milliseconds timeout = 3000ms);
+    std::vector<Received> take(size_t count, std::chrono::milliseconds timeout = 3000ms);
     // take(), as "COMMANDdata" texts.
     std::vector<std::string> takeTexts(size_t count, std::chrono::milliseconds timeout = 3000ms);
     // Everything received so far, as "COMMANDdata" texts; the inbox is emptied.
     std::vector<std::string> takeAllTexts();
     // Lets the event loop run for a while and returns the texts received meanwhile.
     std::vector<std::string> settle(std::chrono::milliseconds wait = 150ms);
-    const std::vector<Message>& inbox() const { return inbox_; }
+    const std::vector<Received>& inbox() const { return inbox_; }
     bool isConnected() const;
     // Waits until the server closed the connection.
     bool waitForDisconnect(std::chrono::milliseconds timeout = 3000ms);
     void close();
     QTcpSocket& socket() { return socket_; }
 
-private:
+  private:
     void drain();
     QTcpSocket socket_;
     QByteArray pending_;
-    std::vector<Message> inbox_;
+    std::vector<Received> inbox_;
 };
 
 // "COMMAND|data" for each message, so a failed comparison shows where the data begins.
-std::vector<std::string> texts(const std::vector<Message>& messages);
+std::vector<std::string> texts(const std::vector<Received>& messages);
 // Waits for as many messages as expected and checks them in order; anything extra shows up in
 // a later check.
 void expectNext(Peer& peer, const std::vector<std::string>& expected);

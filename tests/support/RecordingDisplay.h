@@ -1,11 +1,11 @@
 #pragma once
-#include "server/StatusDisplay.h"
+#include "basics/StatusDisplay.h"
 
 #include <QStringList>
 
 // A display that remembers what the server showed.
 class RecordingDisplay : public StatusDisplay {
-public:
+  public:
     std::vector<PlayerRow> rows;
     QString awacsCount, simCount;
     bool aiSpyConnected = false;

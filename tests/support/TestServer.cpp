@@ -17,7 +17,9 @@ TestServer::~TestServer() {
     QCoreApplication::processEvents();
 }
 
-void TestServer::start() { server_->start(); }
+void TestServer::start() {
+    server_->start();
+}
 
 void TestServer::writeFile(const QString& name, const std::string& content) const {
     QFile f(dirPath_ + name);

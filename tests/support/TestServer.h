@@ -14,7 +14,7 @@ inline const std::string kIniLogOff = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\
 inline const std::string kIniLogOn = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n";
 
 class TestServer {
-public:
+  public:
     // iniText: the content of tessark.ini before start ("" = no file, a first start).
     explicit TestServer(const std::string& iniText = {}, bool start = true);
     ~TestServer();
@@ -34,7 +34,7 @@ public:
     quint16 simPort() const { return server_->ports().sims; }
     quint16 aiSpyPort() const { return server_->ports().aiSpy; }
 
-private:
+  private:
     QTemporaryDir tmp_;
     QString dirPath_;
     RecordingDisplay display_;

@@ -1,0 +1,62 @@
+#include "setups/authoring/SetupFileBuilder.h"
+
+#include "basics/Text.h"
+
+#include "setups/Checksum.h"
+#include "setups/SetupCatalogue.h"
+#include "setups/SetupFile.h"
+
+QString setupFilePath(const QString& appDir, const std::string& setupName) {
+    for (unsigned char c : setupName)
+        if (c < 32 || std::string_view("\\/:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos)
+            throw RuntimeError(52, "Bad file name or number");
+    return appDir + text::display(setupName) + ".stp";
+}
+
+void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress) {
+    const int files = state.selectedFiles.ubound();
+    const int options = state.configOptions.ubound();
+    const int total = files + options + 4;
+    int done = 0;
+    auto step = [&] {
+        ++done;
+        if (progress.step) progress.step(done, total);
+    };
+    auto during = [&](std::int64_t) {
+        if (progress.during) progress.during();
+    };
+
+    SetupFileWriter out(path);
+    out.line(state.setupName);
+    step();
+    out.line("CURSET@" + state.falcon.flavour);
+    step();
+    if (state.forbidSimFolder) out.line("CHKSIM");
+    step();
+    out.line("CURTHE@" + state.falcon.theater);
+    step();
+    for (int k = 1; k <= files; ++k) {
+        const std::string& file = state.selectedFiles[k];
+        const std::string checksum = fileChecksumText(localFilePath(state.falcon.baseDir + file), during);
+        out.line("CHKSUM@" + file + "@" + checksum);
+        step();
+    }
+    for (int j = 1; j <= options; ++j) {
+        const ConfigOption& option = state.configOptions[j];
+        if (option.checked) out.line("CONFIG@" + option.name + "@" + option.value);
+        step();
+    }
+    out.close();
+}
+
+void catalogueBuiltSetup(SetupCatalogue& setups, const std::string& setupName, const QString& path) {
+    const auto& list = setups.list();
+    bool known = false;
+    for (int i = 1; i <= list.ubound(); ++i)
+        known = known || list[i].name == setupName;
+    if (!known) {
+        setups.editableList().append().filePath = path.toLatin1().toStdString();
+        setups.writeList();
+    }
+    setups.reload();
+}

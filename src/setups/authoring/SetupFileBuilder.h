@@ -1,0 +1,31 @@
+#pragma once
+// The wizard's last step: the ".stp" file from what the pages gathered, with the checksum of
+// every chosen file, and the setup's place in the catalogue.
+#include "setups/authoring/WizardState.h"
+
+#include <QString>
+
+#include <functional>
+
+class SetupCatalogue;
+
+// appDir + name + ".stp". A name the file system would refuse (one of \ / : * ? " < > | or a
+// control character, refused everywhere so a setup made here can be used on any machine)
+// raises "Bad file name or number" (52).
+QString setupFilePath(const QString& appDir, const std::string& setupName);
+
+// Called after each step with (steps done, steps in all); the caller lets events run there.
+// `during` is called every few MiB inside a file's checksum.
+struct BuildProgress {
+    std::function<void(int done, int total)> step;
+    std::function<void()> during;
+};
+
+// Writes the setup file, replacing any of that name: name, CURSET, CHKSIM when asked for,
+// CURTHE, a CHKSUM line per chosen file, a CONFIG line per ticked entry. A failing checksum or
+// write raises its run-time error with the file left as far as it was written.
+void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress);
+
+// A setup of that name joins the catalogue unless one already has it; the catalogue is then
+// read again either way.
+void catalogueBuiltSetup(SetupCatalogue& setups, const std::string& setupName, const QString& path);

@@ -1,0 +1,20 @@
+#pragma once
+// Reading an existing ".stp" file back: into the wizard's pages to edit it, or as a copy into
+// the program directory to offer it to players.
+#include "setups/authoring/WizardState.h"
+
+#include <QString>
+
+class SetupCatalogue;
+
+// Edit: the current installation is discovered again and its configuration entries read; the
+// file's name line becomes SetupName, its CHKSUM paths the chosen files, its CONFIG names tick
+// the entries of that name, and CHKSIM sets the "Sim" check (which is otherwise left as the
+// last run left it). Stored checksums, values, flavour and theater are not kept: the rewrite
+// takes them from the installation as it is now.
+void readSetupForEdit(WizardState& state, const QString& localPath);
+
+// Import: the file is copied verbatim to appDir + its name line + ".stp" (unless that is the
+// file itself) and catalogued, duplicates and all. Raises "Input past end of file" (62) for a
+// file without even a name line.
+void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath);

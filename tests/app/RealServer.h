@@ -1,0 +1,97 @@
+#pragma once
+// The real executable, copied into an empty program directory of its own and started as an
+// operator would start it. It listens on the production ports.
+#include "support/Peer.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <memory>
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
+
+// The tests pump the event loop while they wait for messages, so the process may already be
+// known to have ended, which waitForFinished() alone reports as a failure.
+inline bool hasEnded(QProcess& process) {
+    return process.state() == QProcess::NotRunning || process.waitForFinished(3000);
+}
+
+#ifndef Q_OS_WIN
+// SIGTERM to the server, only while it runs: a process that is gone has id 0, and a signal to 0
+// would go to the whole process group, the test runner included.
+inline void terminate(QProcess& process) {
+    const auto pid = static_cast<pid_t>(process.processId());
+    if (pid > 0 && process.state() != QProcess::NotRunning) ::kill(pid, SIGTERM);
+}
+#endif
+
+class RealServer {
+  public:
+    explicit RealServer(const QString& iniText = {}) {
+        QFile::copy(TESSARK_SERVER_EXE, exe());
+#ifdef Q_OS_WIN
+        // Windows looks for DLLs beside the program: the folder gets the whole deployment.
+        const QDir build = QFileInfo(TESSARK_SERVER_EXE).dir();
+        for (const QString& name : build.entryList({"*.dll"}, QDir::Files))
+            QFile::copy(build.filePath(name), file(name));
+        for (const char* plugin :
+             {"platforms/qwindows.dll", "platforms/qoffscreen.dll", "styles/qwindowsvistastyle.dll"}) {
+            QDir(dir.path()).mkpath(QFileInfo(QString(plugin)).path());
+            QFile::copy(build.filePath(plugin), file(plugin));
+        }
+#endif
+        if (!iniText.isEmpty()) {
+            QFile ini(dir.path() + "/tessark.ini");
+            ini.open(QIODevice::WriteOnly);
+            ini.write(iniText.toLatin1());
+        }
+    }
+    QString exe() const {
+        return dir.path() + "/" + QFileInfo(TESSARK_SERVER_EXE).fileName();
+    }
+    QString file(const QString& name) const {
+        return dir.path() + "/" + name;
+    }
+    std::string read(const QString& name) const {
+        QFile f(file(name));
+        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
+    }
+
+    // Starts a copy headless (or with the status window on an offscreen display); the
+    // single-instance lock lives in a temp dir of this test's own.
+    void start(QProcess& process, bool withWindow = false, const QStringList& arguments = {}) const {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            env.remove(name);
+        if (withWindow) env.insert("QT_QPA_PLATFORM", "offscreen");
+        env.insert("TMPDIR", lockDir.path());
+        env.insert("TMP", lockDir.path()); // Windows
+        env.insert("TEMP", lockDir.path());
+        env.insert(environment);
+        process.setProcessEnvironment(env);
+        process.setWorkingDirectory(dir.path());
+        process.start(exe(), arguments);
+        process.waitForStarted();
+    }
+    // Waits until the production ports accept (the AI Spy's is opened last) and keeps that first
+    // connection as the AI Spy: a probe that left would hold the link until the server saw it go.
+    static std::unique_ptr<Peer> connectAiSpy() {
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < 5000) {
+            auto aiSpy = std::make_unique<Peer>(5554);
+            if (aiSpy->isConnected()) return aiSpy;
+            pumpFor(10ms);
+        }
+        return nullptr;
+    }
+
+    QTemporaryDir dir, lockDir;
+    QProcessEnvironment environment; // what every start gets on top of the test's own
+};

@@ -1,0 +1,10 @@
+// The application object of the tests below the UI: an event loop without widgets, so these
+// rooms prove they need no Qt Widgets.
+#include <QCoreApplication>
+#include <gmock/gmock.h>
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    ::testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}

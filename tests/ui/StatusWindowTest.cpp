@@ -1,0 +1,113 @@
+#include "ui/StatusWindow.h"
+#include "server/Server.h"
+#include "ui/TrayIcon.h"
+#include "ui/wizard/SetupWizard.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+namespace {
+
+class StatusWindowTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        server_ = std::make_unique<Server>(window_, dir_.path() + QDir::separator(), Ports::anyFree(),
+                                           [this] { ++ended_; });
+        window_.attach(*server_);
+        window_.addTrayIcon(Server::title());
+        server_->start();
+        window_.show();
+    }
+    template <typename T> T* child(const char* name) {
+        T* found = window_.findChild<T*>(name);
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+
+    QTemporaryDir dir_;
+    StatusWindow window_;
+    std::unique_ptr<Server> server_;
+    int ended_ = 0;
+};
+
+} // namespace
+
+TEST_F(StatusWindowTest, ShowsPlayersCountersAndTheAiSpyState) {
+    window_.showPlayers({{"Viper (Night Ops)", 1}, {"Hawk (Night Ops)", 2}, {"Eagle ()", 3}, {"Odd ()", 0}});
+    QTreeWidget* tree = child<QTreeWidget>("TreeView1");
+    ASSERT_EQ(tree->topLevelItemCount(), 4);
+    EXPECT_EQ(tree->topLevelItem(2)->text(0), "Eagle ()");
+    EXPECT_FALSE(tree->topLevelItem(2)->icon(0).isNull());
+    EXPECT_TRUE(tree->topLevelItem(3)->icon(0).isNull());
+    // The three states look different.
+    auto pixels = [&](int i) { return tree->topLevelItem(i)->icon(0).pixmap(16).toImage(); };
+    EXPECT_NE(pixels(0), pixels(1));
+    EXPECT_NE(pixels(1), pixels(2));
+
+    window_.showPlayers({{"Viper (Night Ops)", 1}});
+    EXPECT_EQ(tree->topLevelItemCount(), 1);
+
+    window_.showAwacsCount("3");
+    window_.showSimCount("12");
+    EXPECT_EQ(child<QLineEdit>("Text1")->text(), "3");
+    EXPECT_EQ(child<QLineEdit>("Text2")->text(), "12");
+
+    EXPECT_EQ(child<QLabel>("Label4")->text(), "AI Spy not connected");
+    window_.showAiSpyState(true);
+    EXPECT_EQ(child<QLabel>("Label4")->text(), "AI Spy connected");
+    EXPECT_EQ(child<QLabel>("Label4")->palette().color(QPalette::Window), QColor(0x80, 0xFF, 0x80));
+}
+
+TEST_F(StatusWindowTest, CloseBoxPutsTheWindowAwayAndExitEndsTheServer) {
+    QSignalSpy finished(server_.get(), &Server::finished);
+    // The test platform has no notification area: the window is minimised instead of hidden.
+    ASSERT_FALSE(TrayIcon::available());
+    window_.close();
+    EXPECT_TRUE(window_.isMinimized());
+    window_.tray().showAction()->trigger();
+    EXPECT_FALSE(window_.isMinimized());
+    EXPECT_EQ(finished.count(), 0);
+    window_.tray().exitAction()->trigger();
+    EXPECT_EQ(finished.count(), 1);
+    EXPECT_EQ(ended_, 0);
+}
+
+TEST_F(StatusWindowTest, MenusAnswerAltAndTheirLetters) {
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    auto popup = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+
+    QTest::keyClick(&window_, Qt::Key_S, Qt::AltModifier);
+    ASSERT_NE(popup(), nullptr);
+    EXPECT_EQ(popup()->objectName(), "mnuSetups");
+    QTest::keyClick(popup(), Qt::Key_E);
+    ASSERT_NE(window_.setupList(), nullptr); // "Edit Setup List..."
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.setupList()));
+    QTest::keyClick(window_.setupList(), Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window_.setupList() == nullptr; }));
+
+    window_.activateWindow(); // a window manager gives the keyboard back to the window
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    QTest::keyClick(&window_, Qt::Key_S, Qt::AltModifier);
+    ASSERT_NE(popup(), nullptr);
+    QTest::keyClick(popup(), Qt::Key_A);
+    ASSERT_NE(window_.wizard()->currentPage(), nullptr); // "Add Setup..."
+    EXPECT_EQ(window_.wizard()->currentPage()->objectName(), "AddSetupFrm1");
+    window_.wizard()->unloadCurrent();
+
+    QSignalSpy finished(server_.get(), &Server::finished);
+    window_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    QTest::keyClick(&window_, Qt::Key_F, Qt::AltModifier);
+    ASSERT_NE(popup(), nullptr);
+    EXPECT_EQ(popup()->objectName(), "mnuFile");
+    QTest::keyClick(popup(), Qt::Key_X);
+    EXPECT_EQ(finished.count(), 1);
+}
