@@ -71,8 +71,7 @@ void Server::start() {
         QFile created(iniFile_);
         if (!created.open(QIODevice::WriteOnly)) throw RuntimeError(75, "Path/File access error");
         created.close();
-        writeIni("SETUPLIST", "NUM", "0", iniFile_);
-        writeIni("DEBUG", "LOG", "0", iniFile_);
+        writeIniAll({{"SETUPLIST", "NUM", "0"}, {"DEBUG", "LOG", "0"}}, iniFile_);
     } else {
         setups_->readList();
         logOn = readIni("DEBUG", "LOG", iniFile_) == "1";
