@@ -20,6 +20,9 @@ Listener::Listener(QObject* parent) : QObject(parent), server_(*this) {
     resume_.setInterval(kPauseMs);
     // Resuming while still out of descriptors would have the system offer the same connection
     // over and over, every attempt failing: rest again instead.
+    // A failed accept (out of descriptors after all, or a connection aborted before it was
+    // taken) has the listener stop accepting for good: it rests like the others and resumes.
+    connect(&server_, &QTcpServer::acceptError, this, [] { pauseAll(); });
     connect(&resume_, &QTimer::timeout, this, [this] {
         if (!server_.isListening()) return;
         if (descriptors::roomToAccept())
