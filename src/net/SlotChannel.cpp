@@ -92,6 +92,24 @@ void SlotChannel::send(std::string_view command, std::string_view data, int16_t 
     if (logs_.on()) logs_.write(trafficLine(names_.sentLabel, std::to_string(slot), command, data));
 }
 
+void SlotChannel::sendToEach(std::string_view command, std::string_view data, const VbList<int16_t>& receivers) {
+    if (receivers.ubound() < 1) return;
+    const SocketElement::SharedMessage message = SocketElement::frameShared(command, data);
+    const bool logging = logs_.on();
+    for (int k = 1; k <= receivers.ubound(); ++k) {
+        const int16_t slot = receivers[k];
+        // As send(): a slot that is not loaded fails its statement, one that is not connected
+        // (the listener's slot 0 included) is passed over.
+        if (SocketElement* element = sockets_.find(slot)) {
+            element->sendShared(message);
+        } else if (slot != 0) {
+            ErrorTrap trap(logs_.errors, names_.send);
+            trap.raise(errors::elementMissing(slot));
+        }
+        if (logging) logs_.write(trafficLine(names_.sentLabel, std::to_string(slot), command, data));
+    }
+}
+
 void SlotChannel::disconnectAll(ErrorTrap& trap) {
     for (int slot : sockets_.loadedIndices()) {
         trap([&] {

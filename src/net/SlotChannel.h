@@ -6,6 +6,7 @@
 // and what happens when a connection goes, and the channel does the rest the same way for all.
 #include "basics/ErrorTrap.h"
 #include "basics/RunLogs.h"
+#include "basics/VbList.h"
 #include "net/Message.h"
 #include "net/SlotTable.h"
 #include "net/SocketArray.h"
@@ -91,6 +92,9 @@ class SlotChannel {
     // One whole message to a slot: sent only when it is connected, logged either way, and its
     // caller learns nothing.
     void send(std::string_view command, std::string_view data, int16_t slot);
+    // send() to each slot of the list (elements 1..ubound) in turn, the message framed once for
+    // all of them.
+    void sendToEach(std::string_view command, std::string_view data, const VbList<int16_t>& receivers);
 
     // Shutdown: "DISCON" to every connected slot, in slot order, each connection closed and
     // unloaded, nothing run in between.

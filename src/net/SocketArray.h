@@ -33,6 +33,10 @@ class SocketArray : public QObject {
     // Loaded elements other than the listener, in index order.
     std::vector<int> loadedIndices() const;
     SocketElement& element(int index);
+    // The loaded element at index 1..48, or none.
+    SocketElement* find(int index) {
+        return index > 0 && index <= kMaxIndex ? elements_[static_cast<size_t>(index)].get() : nullptr;
+    }
 
   signals:
     void connectionRequest(int index, qintptr requestId);

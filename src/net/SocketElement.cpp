@@ -3,6 +3,7 @@
 #include "basics/RuntimeError.h"
 #include "net/ClosedConnections.h"
 #include "net/Framing.h"
+#include "net/GatheredWrite.h"
 #include "net/PeerLiveness.h"
 
 #include <QCoreApplication>
@@ -10,16 +11,13 @@
 #include <QTcpSocket>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <vector>
 
-#if defined(Q_OS_LINUX)
-#include <sys/socket.h>
-#endif
-
 namespace {
-constexpr size_t kOutboxKeptCapacity = 512 * 1024; // what 48 busy peers give one event
+// A connection's own messages of one event are answers and announcements: a few kilobytes.
+constexpr size_t kOwnKeptCapacity = 64 * 1024;
+constexpr size_t kPiecesKeptCapacity = 256;
 constexpr size_t kInboxKeptCapacity = 64 * 1024;
 
 // The elements that gathered output during the current event. One posted call hands all of
@@ -171,34 +169,87 @@ void SocketElement::noticeDrain() {
         Qt::QueuedConnection);
 }
 
-void SocketElement::send(std::string_view command, std::string_view data) {
+namespace {
+// The bytes of messages framed once for many connections during the current event; emptied
+// when the event's output has been handed over.
+std::string sharedOutput;
+constexpr size_t kSharedKeptCapacity = 1024 * 1024;
+void postHandOver(void (*handOverAll)()) {
+    if (handOverPosted) return;
+    handOverPosted = true;
+    QMetaObject::invokeMethod(QCoreApplication::instance(), handOverAll, Qt::QueuedConnection);
+}
+
+// A NUL ends a message in the peer's stream: data holding one (an AI Spy record, a line of a
+// setup file) would end this message early and put what follows into the peer's stream as a
+// message of its own. The peer gets what it would have read as this message.
+std::string_view toFirstNul(std::string_view data) {
+    if (const void* nul = std::memchr(data.data(), '\0', data.size()))
+        return data.substr(0, static_cast<size_t>(static_cast<const char*>(nul) - data.data()));
+    return data;
+}
+
+void frameInto(std::string& out, std::string_view command, std::string_view data) {
+    out.append(command);
+    out.append(data);
+    out.push_back('\0');
+}
+} // namespace
+
+// The checks of a send: connected, and under the cap; false when the message is dropped.
+bool SocketElement::admit(size_t size) {
     // A connection that took a message this event is still connected: nothing but the event
     // loop, or a close that empties the outbox, changes that.
-    if (outbox_.empty()) {
+    if (pieces_.empty()) {
         if (state() != Connected) throw errors::wrongState();
         queuedBeforeEvent_ = socket_->bytesToWrite();
     }
-    // A NUL ends a message in the peer's stream: data holding one (an AI Spy record, a line of a
-    // setup file) would end this message early and put what follows into the peer's stream as
-    // a message of its own. The peer gets what it would have read as this message.
-    if (const void* nul = std::memchr(data.data(), '\0', data.size()))
-        data = data.substr(0, static_cast<size_t>(static_cast<const char*>(nul) - data.data()));
-    const qint64 size = static_cast<qint64>(command.size() + data.size() + 1);
-    if (!answering_ && queuedBeforeEvent_ + static_cast<qint64>(outbox_.size()) + size > kOutputCap) {
+    if (!fits(size)) {
         ++messagesDropped_;
-        return;
+        return false;
     }
-    if (outbox_.empty()) {
+    if (pieces_.empty()) {
         if (std::find(gathering.begin(), gathering.end(), this) == gathering.end()) gathering.push_back(this);
-        if (!handOverPosted) {
-            handOverPosted = true;
-            QMetaObject::invokeMethod(QCoreApplication::instance(), &SocketElement::handOverAll,
-                                      Qt::QueuedConnection);
+        postHandOver(&SocketElement::handOverAll);
+    }
+    return true;
+}
+
+void SocketElement::appendPiece(bool shared, size_t begin, size_t size) {
+    outboxSize_ += size;
+    if (!pieces_.empty()) {
+        Piece& last = pieces_.back();
+        if (last.shared == shared && last.begin + last.size == begin) {
+            last.size += size;
+            return;
         }
     }
-    outbox_.append(command);
-    outbox_.append(data);
-    outbox_.push_back('\0');
+    pieces_.push_back({shared, begin, size});
+}
+
+std::string_view SocketElement::bytesOf(const Piece& piece) const {
+    return std::string_view(piece.shared ? sharedOutput : own_).substr(piece.begin, piece.size);
+}
+
+void SocketElement::send(std::string_view command, std::string_view data) {
+    data = toFirstNul(data);
+    const size_t size = command.size() + data.size() + 1;
+    if (!admit(size)) return;
+    appendPiece(false, own_.size(), size);
+    frameInto(own_, command, data);
+}
+
+SocketElement::SharedMessage SocketElement::frameShared(std::string_view command, std::string_view data) {
+    data = toFirstNul(data);
+    const SharedMessage message{sharedOutput.size(), command.size() + data.size() + 1};
+    frameInto(sharedOutput, command, data);
+    postHandOver(&SocketElement::handOverAll); // which empties the shared output again
+    return message;
+}
+
+void SocketElement::startSharedPiece(const SharedMessage& message) {
+    if (pieces_.empty() && state() != Connected) return;
+    if (admit(message.size)) appendPiece(true, message.offset, message.size);
 }
 
 void SocketElement::handOverAll() {
@@ -206,47 +257,33 @@ void SocketElement::handOverAll() {
     for (size_t i = 0; i < gathering.size(); ++i)
         gathering[i]->handOverOutbox();
     gathering.clear();
+    sharedOutput.clear();
+    if (sharedOutput.capacity() > kSharedKeptCapacity) std::string().swap(sharedOutput); // after a burst
 }
 
-namespace {
-// Writes what the system takes at once, without waiting; 0 where that is not done directly.
-qsizetype writeWithoutWaiting(qintptr descriptor, const char* data, qsizetype size) {
-#if defined(Q_OS_LINUX)
-    qsizetype done = 0;
-    while (done < size) {
-        const ssize_t n = ::send(static_cast<int>(descriptor), data + done, static_cast<size_t>(size - done),
-                                 MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (n > 0)
-            done += n;
-        else if (n < 0 && errno == EINTR)
-            continue;
-        else
-            break; // full, or failed: the socket's own queue takes the rest and reports any failure
-    }
-    return done;
-#else
-    Q_UNUSED(descriptor);
-    Q_UNUSED(data);
-    Q_UNUSED(size);
-    return 0;
-#endif
-}
-} // namespace
-
-// While the socket's own queue is empty, the gathered output goes straight to the system from
-// the outbox, which keeps its buffer warm for the next event; what does not fit joins the
-// socket's queue, which writes it out when it can and keeps the order.
+// While the socket's own queue is empty, the gathered output goes straight to the system, in
+// one call for all its pieces; what does not fit joins the socket's queue, which writes it out
+// when it can and keeps the order.
 void SocketElement::handOverOutbox() {
-    if (outbox_.empty()) return;
+    if (pieces_.empty()) return;
     if (socket_ && socket_->state() == QAbstractSocket::ConnectedState) {
-        const auto size = static_cast<qsizetype>(outbox_.size());
-        qsizetype done = 0;
-        if (socket_->bytesToWrite() == 0)
-            done = writeWithoutWaiting(socket_->socketDescriptor(), outbox_.data(), size);
-        if (done < size) socket_->write(outbox_.data() + done, size - done);
+        static std::vector<std::string_view> views; // reused: one event loop, one hand-over at a time
+        views.clear();
+        for (const Piece& piece : pieces_)
+            views.push_back(bytesOf(piece));
+        size_t done = socket_->bytesToWrite() == 0 ? writeWithoutWaiting(socket_->socketDescriptor(), views) : 0;
+        for (std::string_view view : views) {
+            const size_t skip = std::min(done, view.size());
+            done -= skip;
+            if (skip < view.size())
+                socket_->write(view.data() + skip, static_cast<qint64>(view.size() - skip));
+        }
     }
-    outbox_.clear();
-    if (outbox_.capacity() > kOutboxKeptCapacity) std::string().swap(outbox_); // after a burst
+    pieces_.clear();
+    own_.clear();
+    outboxSize_ = 0;
+    if (own_.capacity() > kOwnKeptCapacity) std::string().swap(own_); // after a burst
+    if (pieces_.capacity() > kPiecesKeptCapacity) std::vector<Piece>().swap(pieces_);
     noticeDrain();
 }
 
@@ -256,7 +293,7 @@ void SocketElement::close() {
 }
 
 qint64 SocketElement::bytesQueued() const {
-    return static_cast<qint64>(outbox_.size()) + (socket_ ? socket_->bytesToWrite() : 0);
+    return static_cast<qint64>(outboxSize_) + (socket_ ? socket_->bytesToWrite() : 0);
 }
 
 bool SocketElement::writeOut() {

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 class QTcpSocket;
 
@@ -68,11 +69,33 @@ class SocketElement : public QObject {
     // together when the event is over, which is when the connection would start writing them
     // anyway: a relay to many clients costs one system write per client and event.
     void send(std::string_view command, std::string_view data);
+    // A message for many connections, framed once into the current event's shared output.
+    struct SharedMessage {
+        size_t offset;
+        size_t size;
+    };
+    static SharedMessage frameShared(std::string_view command, std::string_view data);
+    // send() of a message framed by frameShared(), or nothing when the connection is not
+    // connected: the same bytes in the same place among this connection's messages, without a
+    // copy per connection; they go from the shared output to each connection when the event's
+    // output is handed over.
+    void sendShared(const SharedMessage& message) {
+        // The usual case, kept inline: the message follows the last one this connection took.
+        if (!pieces_.empty()) {
+            Piece& last = pieces_.back();
+            if (last.shared && last.begin + last.size == message.offset && fits(message.size)) {
+                last.size += message.size;
+                outboxSize_ += message.size;
+                return;
+            }
+        }
+        startSharedPiece(message);
+    }
     // While a connection's own requests are handled, what it is sent is its answer: a peer that
     // asked must get all of it, so the cap does not cut it (the channel stops handling the
     // peer's requests instead, until it has read).
     void setAnswering(bool on) { answering_ = on; }
-    qint64 outboxBytes() const { return static_cast<qint64>(outbox_.size()); }
+    qint64 outboxBytes() const { return static_cast<qint64>(outboxSize_); }
     // Closes without raising the close event; what was queued still goes out.
     void close();
     qint64 bytesQueued() const;
@@ -92,8 +115,26 @@ class SocketElement : public QObject {
     void drained(int index);
 
   private:
+    // A run of the outbox: bytes of this connection's own, or of the event's shared output.
+    struct Piece {
+        bool shared;
+        size_t begin;
+        size_t size;
+    };
     std::string_view read(qint64 limit, bool keepCutMessage);
     void release();
+    // What a piece of an outbox costs beyond its bytes; counted under the output cap, so that a
+    // peer listed many times over cannot grow the bookkeeping past it.
+    static constexpr size_t kPieceCost = 24;
+    bool fits(size_t size) const {
+        return answering_ || queuedBeforeEvent_ + static_cast<qint64>(outboxSize_ + (pieces_.size() + 1) * kPieceCost +
+                                                                      size) <=
+                                 kOutputCap;
+    }
+    bool admit(size_t size);
+    void startSharedPiece(const SharedMessage& message);
+    void appendPiece(bool shared, size_t begin, size_t size);
+    std::string_view bytesOf(const Piece& piece) const;
     void handOverOutbox();
     void noticeDrain();
     static void handOverAll();
@@ -101,7 +142,11 @@ class SocketElement : public QObject {
     QTcpSocket* socket_ = nullptr;
     bool errored_ = false;
     bool answering_ = false;
-    std::string outbox_;           // sent during the current event, not yet handed to the connection
+    // Sent during the current event, not yet handed to the connection: the pieces in order,
+    // the bytes of the connection's own pieces, and the size of them all.
+    std::vector<Piece> pieces_;
+    std::string own_;
+    size_t outboxSize_ = 0;
     qint64 queuedBeforeEvent_ = 0; // what the connection still held when the event began
     std::string inbox_;            // the last read, after what an earlier cut read left over
     std::string carried_;          // the unfinished message at the end of a cut read

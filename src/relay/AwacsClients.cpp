@@ -73,6 +73,5 @@ void AwacsClients::showCount() {
 }
 
 void AwacsClients::sendToAwacs(std::string_view command, std::string_view data) {
-    for (int k = 1; k <= listed_.ubound(); ++k)
-        channel_.send(command, data, listed_[k]);
+    channel_.sendToEach(command, data, listed_);
 }
