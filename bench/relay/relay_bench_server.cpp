@@ -1,6 +1,7 @@
 // relay_bench_server PLAYERS_PORT AWACS_PORT [SIM_PORT AI_SPY_PORT]
 // The server as the product runs it headless, on other ports and in the current directory,
 // for the load generator's --ports option and for perf/callgrind. Ends on SIGTERM/SIGINT.
+#include "net/EventDispatcher.h"
 #include "server/ConsoleDisplay.h"
 #include "server/Server.h"
 
@@ -26,6 +27,8 @@ int main(int argc, char* argv[]) {
         std::fprintf(stderr, "usage: relay_bench_server PLAYERS_PORT AWACS_PORT [SIM_PORT AI_SPY_PORT]\n");
         return 2;
     }
+    if (QAbstractEventDispatcher* dispatcher = createEventDispatcher())
+        QCoreApplication::setEventDispatcher(dispatcher);
     QCoreApplication app(argc, argv);
     Ports ports;
     ports.players = static_cast<quint16>(std::atoi(argv[1]));

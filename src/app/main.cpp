@@ -6,6 +6,7 @@
 #include "app/SignalBridge.h"
 #include "basics/RuntimeError.h"
 #include "net/DescriptorLimit.h"
+#include "net/EventDispatcher.h"
 #include "server/ConsoleDisplay.h"
 #include "server/Server.h"
 #include "ui/StatusWindow.h"
@@ -45,9 +46,11 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setApplicationName(kExecutableName);
     QCoreApplication::setApplicationVersion(programVersion());
     std::unique_ptr<QCoreApplication> app;
-    if (headless)
+    if (headless) {
+        if (QAbstractEventDispatcher* dispatcher = createEventDispatcher())
+            QCoreApplication::setEventDispatcher(dispatcher);
         app = std::make_unique<QCoreApplication>(argc, argv);
-    else
+    } else
         app = std::make_unique<QApplication>(argc, argv);
 
     // Before the lock: --help, --version and mistakes are answered beside a running server,

@@ -92,7 +92,8 @@ void SlotChannel::send(std::string_view command, std::string_view data, int16_t 
     if (logs_.on()) logs_.write(trafficLine(names_.sentLabel, std::to_string(slot), command, data));
 }
 
-void SlotChannel::sendToEach(std::string_view command, std::string_view data, const VbList<int16_t>& receivers) {
+void SlotChannel::sendToEach(std::string_view command, std::string_view data,
+                             const VbList<int16_t>& receivers) {
     if (receivers.ubound() < 1) return;
     const SocketElement::SharedMessage message = SocketElement::frameShared(command, data);
     const bool logging = logs_.on();

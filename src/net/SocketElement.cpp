@@ -271,7 +271,8 @@ void SocketElement::handOverOutbox() {
         views.clear();
         for (const Piece& piece : pieces_)
             views.push_back(bytesOf(piece));
-        size_t done = socket_->bytesToWrite() == 0 ? writeWithoutWaiting(socket_->socketDescriptor(), views) : 0;
+        size_t done =
+            socket_->bytesToWrite() == 0 ? writeWithoutWaiting(socket_->socketDescriptor(), views) : 0;
         for (std::string_view view : views) {
             const size_t skip = std::min(done, view.size());
             done -= skip;

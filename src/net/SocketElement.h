@@ -127,9 +127,10 @@ class SocketElement : public QObject {
     // peer listed many times over cannot grow the bookkeeping past it.
     static constexpr size_t kPieceCost = 24;
     bool fits(size_t size) const {
-        return answering_ || queuedBeforeEvent_ + static_cast<qint64>(outboxSize_ + (pieces_.size() + 1) * kPieceCost +
-                                                                      size) <=
-                                 kOutputCap;
+        return answering_ ||
+               queuedBeforeEvent_ +
+                       static_cast<qint64>(outboxSize_ + (pieces_.size() + 1) * kPieceCost + size) <=
+                   kOutputCap;
     }
     bool admit(size_t size);
     void startSharedPiece(const SharedMessage& message);
