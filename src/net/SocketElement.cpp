@@ -78,6 +78,7 @@ void SocketElement::accept(qintptr requestId) {
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     watchPeerLiveness(requestId);
     socket_ = socket;
+    socketHoldsOutput_ = false;
     connectedSince_ = QDateTime::currentDateTime();
     messagesDropped_ = 0;
     connect(socket, &QTcpSocket::readyRead, this,
@@ -202,14 +203,17 @@ bool SocketElement::admit(size_t size) {
     // loop, or a close that empties the outbox, changes that.
     if (pieces_.empty()) {
         if (state() != Connected) throw errors::wrongState();
-        queuedBeforeEvent_ = socket_->bytesToWrite();
+        queuedBeforeEvent_ = socketQueued();
     }
     if (!fits(size)) {
         ++messagesDropped_;
         return false;
     }
     if (pieces_.empty()) {
-        if (std::find(gathering.begin(), gathering.end(), this) == gathering.end()) gathering.push_back(this);
+        if (!gathered_) {
+            gathered_ = true;
+            gathering.push_back(this);
+        }
         postHandOver(&SocketElement::handOverAll);
     }
     return true;
@@ -254,8 +258,10 @@ void SocketElement::startSharedPiece(const SharedMessage& message) {
 
 void SocketElement::handOverAll() {
     handOverPosted = false;
-    for (size_t i = 0; i < gathering.size(); ++i)
+    for (size_t i = 0; i < gathering.size(); ++i) {
+        gathering[i]->gathered_ = false;
         gathering[i]->handOverOutbox();
+    }
     gathering.clear();
     sharedOutput.clear();
     if (sharedOutput.capacity() > kSharedKeptCapacity) std::string().swap(sharedOutput); // after a burst
@@ -267,17 +273,26 @@ void SocketElement::handOverAll() {
 void SocketElement::handOverOutbox() {
     if (pieces_.empty()) return;
     if (socket_ && socket_->state() == QAbstractSocket::ConnectedState) {
+        // One piece, the usual case, needs no list of them.
         static std::vector<std::string_view> views; // reused: one event loop, one hand-over at a time
-        views.clear();
-        for (const Piece& piece : pieces_)
-            views.push_back(bytesOf(piece));
-        size_t done =
-            socket_->bytesToWrite() == 0 ? writeWithoutWaiting(socket_->socketDescriptor(), views) : 0;
-        for (std::string_view view : views) {
+        std::string_view single;
+        std::span<const std::string_view> all(&single, 1);
+        if (pieces_.size() == 1) {
+            single = bytesOf(pieces_.front());
+        } else {
+            views.clear();
+            for (const Piece& piece : pieces_)
+                views.push_back(bytesOf(piece));
+            all = views;
+        }
+        size_t done = socketQueued() == 0 ? writeWithoutWaiting(socket_->socketDescriptor(), all) : 0;
+        for (std::string_view view : all) {
             const size_t skip = std::min(done, view.size());
             done -= skip;
-            if (skip < view.size())
+            if (skip < view.size()) {
                 socket_->write(view.data() + skip, static_cast<qint64>(view.size() - skip));
+                socketHoldsOutput_ = true;
+            }
         }
     }
     pieces_.clear();
@@ -294,7 +309,15 @@ void SocketElement::close() {
 }
 
 qint64 SocketElement::bytesQueued() const {
-    return static_cast<qint64>(outboxSize_) + (socket_ ? socket_->bytesToWrite() : 0);
+    return static_cast<qint64>(outboxSize_) + socketQueued();
+}
+
+// What the socket's own queue holds; it is asked only while some went there.
+qint64 SocketElement::socketQueued() const {
+    if (!socketHoldsOutput_ || !socket_) return 0;
+    const qint64 queued = socket_->bytesToWrite();
+    if (queued == 0) socketHoldsOutput_ = false;
+    return queued;
 }
 
 bool SocketElement::writeOut() {
@@ -314,6 +337,7 @@ void SocketElement::release() {
     handOverOutbox();
     QTcpSocket* socket = socket_;
     socket_ = nullptr;
+    socketHoldsOutput_ = false;
     held_ = false;
     passedOver_ = false;
     carried_.clear();

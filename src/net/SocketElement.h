@@ -137,6 +137,7 @@ class SocketElement : public QObject {
     void appendPiece(bool shared, size_t begin, size_t size);
     std::string_view bytesOf(const Piece& piece) const;
     void handOverOutbox();
+    qint64 socketQueued() const;
     void noticeDrain();
     static void handOverAll();
     int index_;
@@ -148,9 +149,11 @@ class SocketElement : public QObject {
     std::vector<Piece> pieces_;
     std::string own_;
     size_t outboxSize_ = 0;
-    qint64 queuedBeforeEvent_ = 0; // what the connection still held when the event began
-    std::string inbox_;            // the last read, after what an earlier cut read left over
-    std::string carried_;          // the unfinished message at the end of a cut read
+    qint64 queuedBeforeEvent_ = 0;           // what the connection still held when the event began
+    bool gathered_ = false;                  // listed among the elements to hand over at the event's end
+    mutable bool socketHoldsOutput_ = false; // some output went to the socket's own queue
+    std::string inbox_;                      // the last read, after what an earlier cut read left over
+    std::string carried_;                    // the unfinished message at the end of a cut read
     bool skippingLongMessage_ = false;
     size_t heldFrom_ = 0; // where the held part of inbox_ begins
     bool held_ = false;
