@@ -172,7 +172,9 @@ void SocketElement::noticeDrain() {
 
 namespace {
 // The bytes of messages framed once for many connections during the current event; emptied
-// when the event's output has been handed over.
+// when the event's output has been handed over. Each message is one a peer sent in this turn of
+// the loop, a few bytes longer, so this holds about what the turn read: at most an arrival or
+// two per connection, whether or not any client has room for it.
 std::string sharedOutput;
 constexpr size_t kSharedKeptCapacity = 1024 * 1024;
 void postHandOver(void (*handOverAll)()) {
