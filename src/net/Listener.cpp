@@ -11,6 +11,7 @@
 namespace {
 // How long accepting rests when the process is out of descriptors.
 constexpr int kPauseMs = 250;
+constexpr int kAcceptsPerTurn = 30; // Qt's default maximum of pending connections
 std::vector<Listener*> listeners;
 } // namespace
 
@@ -25,9 +26,10 @@ Listener::Listener(QObject* parent) : QObject(parent), server_(*this) {
     connect(&server_, &QTcpServer::acceptError, this, [] { pauseAll(); });
     connect(&resume_, &QTimer::timeout, this, [this] {
         if (!server_.isListening()) return;
-        if (descriptors::roomToAccept())
+        if (descriptors::roomToAccept()) {
+            server_.setMaxPendingConnections(kAcceptsPerTurn);
             server_.resumeAccepting();
-        else
+        } else
             resume_.start();
     });
 }
@@ -53,6 +55,10 @@ void Listener::take(qintptr requestId) {
 void Listener::pauseAll() {
     for (Listener* listener : listeners) {
         if (!listener->server_.isListening()) continue;
+        // Qt accepts in a loop until the system has no more connections waiting, pause or not;
+        // it stops when its pending connections reach the maximum, so that maximum is made 0 (this
+        // listener keeps none pending: each is taken or refused as it comes).
+        listener->server_.setMaxPendingConnections(0);
         listener->server_.pauseAccepting();
         listener->resume_.start();
     }
