@@ -177,12 +177,6 @@ namespace {
 // two per connection, whether or not any client has room for it.
 std::string sharedOutput;
 constexpr size_t kSharedKeptCapacity = 1024 * 1024;
-void postHandOver(void (*handOverAll)()) {
-    if (handOverPosted) return;
-    handOverPosted = true;
-    QMetaObject::invokeMethod(QCoreApplication::instance(), handOverAll, Qt::QueuedConnection);
-}
-
 // A NUL ends a message in the peer's stream: data holding one (an AI Spy record, a line of a
 // setup file) would end this message early and put what follows into the peer's stream as a
 // message of its own. The peer gets what it would have read as this message.
@@ -198,6 +192,14 @@ void frameInto(std::string& out, std::string_view command, std::string_view data
     out.push_back('\0');
 }
 } // namespace
+
+// One posted call hands the event's output over once the event is over.
+void SocketElement::postHandOver() {
+    if (handOverPosted) return;
+    handOverPosted = true;
+    QMetaObject::invokeMethod(QCoreApplication::instance(), &SocketElement::handOverAll,
+                              Qt::QueuedConnection);
+}
 
 // The checks of a send: connected, and under the cap; false when the message is dropped.
 bool SocketElement::admit(size_t size) {
@@ -216,7 +218,7 @@ bool SocketElement::admit(size_t size) {
             gathered_ = true;
             gathering.push_back(this);
         }
-        postHandOver(&SocketElement::handOverAll);
+        postHandOver();
     }
     return true;
 }
@@ -249,7 +251,7 @@ SocketElement::SharedMessage SocketElement::frameShared(std::string_view command
     data = toFirstNul(data);
     const SharedMessage message{sharedOutput.size(), command.size() + data.size() + 1};
     frameInto(sharedOutput, command, data);
-    postHandOver(&SocketElement::handOverAll); // which empties the shared output again
+    postHandOver(); // which empties the shared output again
     return message;
 }
 

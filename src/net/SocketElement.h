@@ -139,6 +139,7 @@ class SocketElement : public QObject {
     void handOverOutbox();
     qint64 socketQueued() const;
     void noticeDrain();
+    static void postHandOver();
     static void handOverAll();
     int index_;
     QTcpSocket* socket_ = nullptr;
