@@ -1,5 +1,5 @@
 #pragma once
-// Handing a connection's gathered output to the system in as few calls as it takes.
+// Handing connections' gathered output to the system in as few calls as it takes.
 #include <QtGlobal>
 
 #include <cstddef>
@@ -10,3 +10,13 @@
 // how many bytes it took. Where this is not done directly it takes nothing, and the socket's
 // own queue writes everything.
 size_t writeWithoutWaiting(qintptr descriptor, std::span<const std::string_view> pieces);
+
+// One connection's share of a hand-over to many.
+struct GatheredWrite {
+    qintptr descriptor;
+    std::span<const std::string_view> pieces;
+    size_t taken = 0; // filled in: how many bytes the system took
+};
+
+// writeWithoutWaiting() for each connection; where the system allows, all of them in one call.
+void writeEachWithoutWaiting(std::span<GatheredWrite> writes);

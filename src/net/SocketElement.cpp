@@ -260,15 +260,48 @@ void SocketElement::startSharedPiece(const SharedMessage& message) {
     if (admit(message.size)) appendPiece(true, message.offset, message.size);
 }
 
+// The connections whose own queues are empty write straight to the system, all of them in one
+// go; the others add to their queues.
 void SocketElement::handOverAll() {
     handOverPosted = false;
-    for (size_t i = 0; i < gathering.size(); ++i) {
-        gathering[i]->gathered_ = false;
-        gathering[i]->handOverOutbox();
+    // Reused: one event loop, one hand-over at a time.
+    static std::vector<std::string_view> views; // the direct writers' pieces, one after another
+    static std::vector<GatheredWrite> writes;
+    static std::vector<SocketElement*> writers;
+    views.clear();
+    writes.clear();
+    writers.clear();
+    for (SocketElement* element : gathering) {
+        element->gathered_ = false;
+        if (!element->writesDirectly()) {
+            element->handOverOutbox();
+            continue;
+        }
+        element->appendViews(views);
+        writers.push_back(element);
+        writes.push_back({element->socket_->socketDescriptor(), {}});
     }
     gathering.clear();
+    size_t first = 0;
+    for (size_t i = 0; i < writes.size(); ++i) {
+        writes[i].pieces = std::span(views).subspan(first, writers[i]->pieces_.size());
+        first += writes[i].pieces.size();
+    }
+    writeEachWithoutWaiting(writes);
+    for (size_t i = 0; i < writes.size(); ++i)
+        writers[i]->finishHandOver(writes[i].pieces, writes[i].taken);
     sharedOutput.clear();
     if (sharedOutput.capacity() > kSharedKeptCapacity) std::string().swap(sharedOutput); // after a burst
+}
+
+bool SocketElement::writesDirectly() const {
+    return !pieces_.empty() && socket_ && socket_->state() == QAbstractSocket::ConnectedState &&
+           socketQueued() == 0;
+}
+
+void SocketElement::appendViews(std::vector<std::string_view>& views) const {
+    for (const Piece& piece : pieces_)
+        views.push_back(bytesOf(piece));
 }
 
 // While the socket's own queue is empty, the gathered output goes straight to the system, in
@@ -276,27 +309,24 @@ void SocketElement::handOverAll() {
 // when it can and keeps the order.
 void SocketElement::handOverOutbox() {
     if (pieces_.empty()) return;
+    static std::vector<std::string_view> views;
+    views.clear();
+    size_t taken = 0;
     if (socket_ && socket_->state() == QAbstractSocket::ConnectedState) {
-        // One piece, the usual case, needs no list of them.
-        static std::vector<std::string_view> views; // reused: one event loop, one hand-over at a time
-        std::string_view single;
-        std::span<const std::string_view> all(&single, 1);
-        if (pieces_.size() == 1) {
-            single = bytesOf(pieces_.front());
-        } else {
-            views.clear();
-            for (const Piece& piece : pieces_)
-                views.push_back(bytesOf(piece));
-            all = views;
-        }
-        size_t done = socketQueued() == 0 ? writeWithoutWaiting(socket_->socketDescriptor(), all) : 0;
-        for (std::string_view view : all) {
-            const size_t skip = std::min(done, view.size());
-            done -= skip;
-            if (skip < view.size()) {
-                socket_->write(view.data() + skip, static_cast<qint64>(view.size() - skip));
-                socketHoldsOutput_ = true;
-            }
+        appendViews(views);
+        if (socketQueued() == 0) taken = writeWithoutWaiting(socket_->socketDescriptor(), views);
+    }
+    finishHandOver(views, taken);
+}
+
+// The pieces the system did not take join the socket's queue; the outbox is empty again.
+void SocketElement::finishHandOver(std::span<const std::string_view> pieces, size_t taken) {
+    for (std::string_view view : pieces) {
+        const size_t skip = std::min(taken, view.size());
+        taken -= skip;
+        if (skip < view.size()) {
+            socket_->write(view.data() + skip, static_cast<qint64>(view.size() - skip));
+            socketHoldsOutput_ = true;
         }
     }
     pieces_.clear();

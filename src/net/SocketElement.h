@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -136,7 +137,10 @@ class SocketElement : public QObject {
     void startSharedPiece(const SharedMessage& message);
     void appendPiece(bool shared, size_t begin, size_t size);
     std::string_view bytesOf(const Piece& piece) const;
+    bool writesDirectly() const;
+    void appendViews(std::vector<std::string_view>& views) const;
     void handOverOutbox();
+    void finishHandOver(std::span<const std::string_view> pieces, size_t taken);
     qint64 socketQueued() const;
     void noticeDrain();
     static void postHandOver();
