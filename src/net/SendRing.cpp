@@ -12,6 +12,15 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+// Headers older than the kernel that runs the program may lack these; the kernel refuses
+// flags it does not know, and the program then goes without the ring.
+#ifndef IORING_SETUP_SUBMIT_ALL
+#define IORING_SETUP_SUBMIT_ALL (1U << 7)
+#endif
+#ifndef IORING_SETUP_COOP_TASKRUN
+#define IORING_SETUP_COOP_TASKRUN (1U << 8)
+#endif
+
 namespace {
 // A squadron's connections: 48 AWACS clients and 48 players, so one call per hand-over.
 constexpr unsigned kEntries = 128;
