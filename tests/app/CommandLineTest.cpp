@@ -12,7 +12,7 @@
 
 namespace {
 
-const std::string kIni = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n";
+const QByteArray kIni = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n";
 
 std::string versionLine() {
     return "tessark-server " + std::to_string(TESSARK_VERSION_MAJOR) + "." +
@@ -43,11 +43,6 @@ Answer answer(const RealServer& server, const QStringList& arguments, bool withW
     result.out = lines(process.readAllStandardOutput());
     result.err = lines(process.readAllStandardError());
     return result;
-}
-
-std::string contents(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
 }
 
 // Stops a server as its system would: SIGTERM, or on Windows the end of the session (told to
@@ -121,7 +116,7 @@ TEST(CommandLine, DirHoldsTheProgramFilesAndOtherCopiesStillAnswerWhileTheServer
     server.start(running, false, {"--dir", programDir.path()});
     auto aiSpy = RealServer::connectAiSpy();
     ASSERT_TRUE(aiSpy);
-    EXPECT_EQ(contents(programDir.path() + "/tessark.ini"), kIni);
+    EXPECT_EQ(readFile(programDir.path() + "/tessark.ini"), kIni);
     EXPECT_FALSE(QFile::exists(server.file("tessark.ini")));
 
     // The same user and lock as the running server: answered all the same, not "allready running".
@@ -169,7 +164,7 @@ TEST(CommandLine, AnExecutableWhereItsUserMayNotWriteKeepsTheProgramFilesInTheUs
     auto aiSpy = RealServer::connectAiSpy();
     if (!aiSpy && hasEnded(process) && process.exitCode() == 77) GTEST_SKIP() << "cannot run as nobody here";
     ASSERT_TRUE(aiSpy) << process.readAllStandardError().toStdString();
-    EXPECT_EQ(contents(data.path() + "/tessark-server/tessark.ini"), kIni);
+    EXPECT_EQ(readFile(data.path() + "/tessark-server/tessark.ini"), kIni);
     EXPECT_FALSE(QFile::exists(server.file("tessark.ini")));
     EXPECT_TRUE(stop(process));
 }

@@ -1,6 +1,7 @@
 #pragma once
 // The real executable, copied into an empty program directory of its own and started as an
 // operator would start it. It listens on the production ports.
+#include "support/Files.h"
 #include "support/Peer.h"
 
 #include <QDir>
@@ -46,11 +47,7 @@ class RealServer {
             QFile::copy(build.filePath(plugin), file(plugin));
         }
 #endif
-        if (!iniText.isEmpty()) {
-            QFile ini(dir.path() + "/tessark.ini");
-            ini.open(QIODevice::WriteOnly);
-            ini.write(iniText.toLatin1());
-        }
+        if (!iniText.isEmpty()) writeFile(file("tessark.ini"), iniText.toLatin1());
     }
     QString exe() const {
         return dir.path() + "/" + QFileInfo(TESSARK_SERVER_EXE).fileName();
@@ -59,8 +56,7 @@ class RealServer {
         return dir.path() + "/" + name;
     }
     std::string read(const QString& name) const {
-        QFile f(file(name));
-        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
+        return readFile(file(name)).toStdString();
     }
 
     // Starts a copy headless (or with the status window on an offscreen display); the

@@ -1,7 +1,7 @@
 #include "basics/ErrorTrap.h"
 #include "basics/VbList.h"
+#include "support/Files.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -30,9 +30,7 @@ TEST(ErrorTrap, ASkippedStatementLetsTheRoutineGoOnTheLastErrorIsLoggedAndLoggin
     }
     EXPECT_EQ(ran, (std::vector<int>{1, 2}));
     EXPECT_EQ(ends, 1);
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const std::string contents = file.readAll().toStdString();
+    const std::string contents = readFile(path).toStdString();
     std::regex line(
         R"(\d\d/\d\d/\d{4} - \d\d:\d\d:\d\d -/- Error at TskSrvForm1::Timer1_Timer - Error: 340 - )"
         R"(Control array element '4' doesn't exist\r\n)");

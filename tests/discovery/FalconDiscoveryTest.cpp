@@ -1,9 +1,7 @@
 #include "discovery/FalconDiscovery.h"
 #include "discovery/Registry.h"
+#include "support/FakeInstallation.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 // Elsewhere than on Windows the registry and the drives are those of a Wine prefix; Windows
@@ -11,37 +9,21 @@
 #ifndef Q_OS_WIN
 namespace {
 
-// A Wine prefix in a temporary directory, used as $WINEPREFIX for the test's duration.
+// A Wine prefix in a temporary directory, used as $WINEPREFIX for the test's duration; its
+// registry starts without the Falcon key.
 class WinePrefix : public ::testing::Test {
   protected:
-    void SetUp() override {
-        saved_ = qgetenv("WINEPREFIX");
-        hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
-        prefix_ = tmp_.path();
-        qputenv("WINEPREFIX", prefix_.toUtf8());
-    }
-    void TearDown() override {
-        if (hadPrefix_)
-            qputenv("WINEPREFIX", saved_);
-        else
-            qunsetenv("WINEPREFIX");
-    }
+    void SetUp() override { QFile::remove(falcon_.prefixPath("system.reg")); }
     void write(const QString& relative, const QByteArray& content) {
-        const QString path = prefix_ + "/" + relative;
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile f(path);
-        f.open(QIODevice::WriteOnly);
-        f.write(content);
+        writeFile(falcon_.prefixPath(relative), content);
     }
     void systemReg(const QByteArray& body) {
         write("system.reg",
               "WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=win64\n\n" + body);
     }
 
-    QTemporaryDir tmp_;
-    QString prefix_;
-    QByteArray saved_;
-    bool hadPrefix_ = false;
+    FakeInstallation falcon_;
+    const QString prefix_ = falcon_.prefix();
 };
 
 } // namespace

@@ -140,10 +140,7 @@ TEST_F(HostileWork, AReaderGetsEveryAnswerWholeAndOneThatStopsReadingHoldsUpNobo
     std::string setup = "Huge\r\n";
     for (int i = 1; i <= kLines; ++i)
         setup += "CHKSUM@data\\file" + std::to_string(i) + ".dat@-1234567\r\n";
-    ts_.writeFile("huge.stp", setup);
-    ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" +
-                                     ts_.path("huge.stp").toStdString() + "\r\n");
-    server().setups().reload();
+    ts_.catalogue({{"huge.stp", setup}});
 
     auto reader = registeredPlayer("READER");
     reader->send("GETVLO", "1");
@@ -173,10 +170,7 @@ TEST_F(HostileWork, ANulInsideDataNeverReachesAnotherPeersStream) {
 
 #ifndef Q_OS_WIN // under Wine this setup reads as one without lines: to be looked into
     // A setup line holding a NUL, as one imported from elsewhere may.
-    ts_.writeFile("nul.stp", "Nul\r\nCURSET@BMS" + std::string(1, '\0') + "PLSDEL1\r\n");
-    ts_.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" +
-                                     ts_.path("nul.stp").toStdString() + "\r\n");
-    server().setups().reload();
+    ts_.catalogue({{"nul.stp", "Nul\r\nCURSET@BMS" + std::string(1, '\0') + "PLSDEL1\r\n"}});
     auto player = std::make_unique<Peer>(ts_.playerPort());
     player->send("GETVLO", "1");
     EXPECT_THAT(player->takeTexts(3), ElementsAre("VLRDIM1", "VLSADD1@CURSET@BMS", "VLDONE"));

@@ -1,7 +1,7 @@
 // Malformed input on the player port: the failing statement is skipped, the rest of the batch
 // runs, the other players see only what the commands send them, and with logging on the
 // error log names the routine that failed (which would end the server).
-#include "support/Peer.h"
+#include "HostilePeers.h"
 #include "support/TestServer.h"
 
 #include <QDir>
@@ -12,15 +12,6 @@
 using ::testing::ElementsAreArray;
 
 namespace {
-
-QByteArray batch(const std::vector<std::string>& messages) {
-    QByteArray bytes;
-    for (const std::string& m : messages) {
-        bytes.append(m.data(), static_cast<qsizetype>(m.size()));
-        bytes.append('\0');
-    }
-    return bytes;
-}
 
 // "<routine> - Error: <number>" of each error-log line, in order.
 std::vector<std::string> loggedErrors(const std::string& log) {
@@ -38,10 +29,7 @@ struct TwoPlayers {
     TestServer ts{{}, false};
     std::unique_ptr<Peer> alpha, observer;
     explicit TwoPlayers(bool logOn) {
-        ts.writeFile("night.stp", kSetup);
-        ts.writeFile("tessark.ini",
-                     "[SETUPLIST]\r\nNUM=1\r\n[SETUPLIST1]\r\nFNAME=" + ts.dir().toStdString() +
-                         "night.stp\r\n[DEBUG]\r\nLOG=" + (logOn ? "1" : "0") + "\r\n");
+        ts.catalogue({{"night.stp", kSetup}}, std::string("[DEBUG]\r\nLOG=") + (logOn ? "1" : "0") + "\r\n");
         ts.start();
         alpha = std::make_unique<Peer>(ts.playerPort());
         alpha->send("VALIDR", "Alpha");

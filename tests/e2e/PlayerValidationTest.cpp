@@ -19,11 +19,8 @@ const char* const kNightOps = "Night Ops\r\n"
 struct Validation : ::testing::Test {
     TestServer ts{{}, false};
     void SetUp() override {
-        const std::string dir = ts.dir().toStdString();
         ts.writeFile("night.stp", kNightOps);
-        ts.writeFile("tessark.ini", "[SETUPLIST]\r\nNUM=2\r\n[SETUPLIST1]\r\nFNAME=" + dir +
-                                        "night.stp\r\n[SETUPLIST2]\r\nFNAME=" + dir +
-                                        "gone.stp\r\n[DEBUG]\r\nLOG=0\r\n");
+        ts.writeFile("tessark.ini", ts.setupList({"night.stp", "gone.stp"}) + "[DEBUG]\r\nLOG=0\r\n");
         ts.start();
     }
 };

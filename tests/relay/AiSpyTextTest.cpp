@@ -1,6 +1,6 @@
 #include "relay/AiSpyText.h"
+#include "support/Files.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -107,9 +107,7 @@ TEST(AiSpyText, FailuresReachTheErrorLogWithTheStepMarker) {
     // Too many records for a 16-bit count: nothing is converted.
     EXPECT_EQ(aiTrafficText(std::string(1966050, 'x'), log), "");
     EXPECT_EQ(ends, 2);
-    QFile file(dir.filePath("err.txt"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const std::string lines = file.readAll().toStdString();
+    const std::string lines = readFile(dir.filePath("err.txt")).toStdString();
     EXPECT_NE(
         lines.find("Error at TskSrvForm1::AISPYTxtToAWACSTxt - Error: 9 - Subscript out of range---L=14\r\n"),
         std::string::npos)

@@ -1,7 +1,7 @@
 #include "setups/Checksum.h"
 #include "basics/RuntimeError.h"
+#include "support/Files.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -9,13 +9,6 @@
 #include <vector>
 
 namespace {
-
-QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& content) {
-    QFile f(dir.filePath(name));
-    f.open(QIODevice::WriteOnly);
-    f.write(content);
-    return f.fileName();
-}
 
 // The CRC-32 one bit at a time, as the definition has it.
 std::uint32_t referenceCrc(const QByteArray& data) {
@@ -32,9 +25,10 @@ std::uint32_t referenceCrc(const QByteArray& data) {
 
 TEST(Checksum, KnownValuesAsSignedDecimalAndAMissingFile) {
     QTemporaryDir dir;
-    EXPECT_EQ(fileChecksumText(writeFile(dir, "check.dat", "123456789")), "-873187034"); // 0xCBF43926
-    EXPECT_EQ(fileChecksumText(writeFile(dir, "abc.dat", "abc")), "891568578");          // 0x352441C2
-    EXPECT_EQ(fileChecksumText(writeFile(dir, "empty.dat", "")), "0");
+    EXPECT_EQ(fileChecksumText(writeFile(dir.filePath("check.dat"), "123456789")),
+              "-873187034");                                                             // 0xCBF43926
+    EXPECT_EQ(fileChecksumText(writeFile(dir.filePath("abc.dat"), "abc")), "891568578"); // 0x352441C2
+    EXPECT_EQ(fileChecksumText(writeFile(dir.filePath("empty.dat"), "")), "0");
     EXPECT_EQ(checksumText(0x80000000u), "-2147483648");
     EXPECT_THROW(fileChecksumText(dir.filePath("nothing.dat")), RuntimeError);
 }
@@ -46,8 +40,8 @@ TEST(Checksum, LargeFileAcrossBlocksWithProgress) {
     for (qsizetype i = 0; i < data.size(); ++i)
         data[i] = static_cast<char>((i * 7919) >> 3);
     std::vector<std::int64_t> calls;
-    const auto whole =
-        fileCrc32(writeFile(dir, "big.dat", data), [&](std::int64_t done) { calls.push_back(done); });
+    const auto whole = fileCrc32(writeFile(dir.filePath("big.dat"), data),
+                                 [&](std::int64_t done) { calls.push_back(done); });
     EXPECT_EQ(whole, referenceCrc(data));
     ASSERT_GE(calls.size(), 2u);
     for (size_t i = 1; i < calls.size(); ++i)

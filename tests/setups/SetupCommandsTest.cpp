@@ -3,11 +3,11 @@
 #include "basics/ErrorLog.h"
 #include "setups/SetupCatalogue.h"
 #include "support/FakeInstallation.h"
+#include "support/Files.h"
 #include "support/RecordingDisplay.h"
 
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 
@@ -25,18 +25,6 @@ inline void PrintTo(const QByteArray& s, std::ostream* os) {
 }
 
 namespace {
-
-void writeFile(const QString& path, const QByteArray& content) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    f.write(content);
-}
-
-QByteArray readFile(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 // Every file below dir with its content.
 std::map<QString, QByteArray> snapshot(const QString& dir) {
@@ -64,13 +52,17 @@ class SetupCommandsTest : public ::testing::Test {
     }
 
     QString path(const QString& name) const { return dir_.path() + "/" + name; }
-    // tessark.ini listing these files of the program directory, read as at start-up.
-    void catalogue(const QStringList& files) {
+    // tessark.ini listing these files of the program directory, as the commands write it.
+    QByteArray listing(const QStringList& files) const {
         QByteArray ini = "[SETUPLIST]\r\nNUM=" + QByteArray::number(files.size()) + "\r\n";
         for (int i = 0; i < files.size(); ++i)
             ini +=
                 "[SETUPLIST" + QByteArray::number(i + 1) + "]\r\nFNAME=" + path(files[i]).toLatin1() + "\r\n";
-        writeFile(path("tessark.ini"), ini);
+        return ini;
+    }
+    // That listing, read as at start-up.
+    void catalogue(const QStringList& files) {
+        writeFile(path("tessark.ini"), listing(files));
         catalogue_.reload();
     }
     Outcome run(const QStringList& args) {
@@ -111,9 +103,7 @@ TEST_F(SetupCommandsTest, ImportCopiesUnderTheNameLineAndRemoveKeepsTheFile) {
     // does not look for duplicates.
     o = run({"import", path("Evening.stp")});
     EXPECT_EQ(o.out, "Listed " + path("Evening.stp") + "\nSetup 2: Evening\n");
-    EXPECT_EQ(readFile(path("tessark.ini")),
-              "[SETUPLIST]\r\nNUM=2\r\n[SETUPLIST1]\r\nFNAME=" + path("Evening.stp").toLatin1() +
-                  "\r\n[SETUPLIST2]\r\nFNAME=" + path("Evening.stp").toLatin1() + "\r\n");
+    EXPECT_EQ(readFile(path("tessark.ini")), listing({"Evening.stp", "Evening.stp"}));
 
     writeFile(path("Other.stp"), "Other\r\nCURSET@BMS\r\n");
     ASSERT_EQ(run({"import", path("Other.stp")}).status, 0);
@@ -124,9 +114,7 @@ TEST_F(SetupCommandsTest, ImportCopiesUnderTheNameLineAndRemoveKeepsTheFile) {
     ASSERT_EQ(catalogue_.list().ubound(), 2);
     EXPECT_EQ(catalogue_.list()[2].name, "Other");
     EXPECT_EQ(catalogue_.list()[2].lines[1], "CURSET@BMS");
-    EXPECT_EQ(readFile(path("tessark.ini")),
-              "[SETUPLIST]\r\nNUM=2\r\n[SETUPLIST1]\r\nFNAME=" + path("Evening.stp").toLatin1() +
-                  "\r\n[SETUPLIST2]\r\nFNAME=" + path("Other.stp").toLatin1() + "\r\n");
+    EXPECT_EQ(readFile(path("tessark.ini")), listing({"Evening.stp", "Other.stp"}));
     ASSERT_EQ(run({"remove", "1"}).status, 0);
     ASSERT_EQ(run({"remove", "1"}).status, 0);
     EXPECT_EQ(readFile(path("tessark.ini")), "[SETUPLIST]\r\nNUM=0\r\n");
@@ -182,17 +170,12 @@ class SetupCommandsInstallationTest : public SetupCommandsTest {
   protected:
     void SetUp() override {
         SetupCommandsTest::SetUp();
-        install("cobra.cfg",
-                "set g_bFoo 1\r\nSET g_nBar 2 // two\r\n\r\nsetting x\r\nset g_sBaz  spaced  \r\n");
-        install("Data/Sub/a.dat", "123456789");
-        install("Data/Sub/b.dat", "abc");
-        install("top.txt", "");
+        falcon_.install("cobra.cfg",
+                        "set g_bFoo 1\r\nSET g_nBar 2 // two\r\n\r\nsetting x\r\nset g_sBaz  spaced  \r\n");
+        falcon_.install("Data/Sub/a.dat", "123456789");
+        falcon_.install("Data/Sub/b.dat", "abc");
+        falcon_.install("top.txt", "");
     }
-    void registry(const QByteArray& theater) { falcon_.setTheater(theater); }
-    QString install(const QString& relative, const QByteArray& content) {
-        return falcon_.install(relative, content);
-    }
-    QString installDir() const { return falcon_.dir(); }
 
     FakeInstallation falcon_;
 };
@@ -201,7 +184,7 @@ TEST_F(SetupCommandsInstallationTest, CreatesTheWizardsSetupThenVerifiesAndNames
     catalogue({"gone.stp"}); // listed, but its file is missing
     // Files in every form: relative with "/" in other letter case, a local path, a drive path.
     const Outcome created = run({"create", "--name", "Night Ops", "--file", "data/sub/A.DAT", "--file",
-                                 installDir() + "/Data/Sub/b.dat", "--file", "C:\\Falcon4\\top.txt",
+                                 falcon_.dir() + "/Data/Sub/b.dat", "--file", "C:\\Falcon4\\top.txt",
                                  "--no-sim-folder", "--config", "g_sBaz", "--config", "g_nBar"});
     ASSERT_EQ(created.status, 0) << created.err.toStdString();
     // What the wizard writes for the same choices, line for line and checksum for checksum;
@@ -211,15 +194,12 @@ TEST_F(SetupCommandsInstallationTest, CreatesTheWizardsSetupThenVerifiesAndNames
         "CHKSUM@Data\\Sub\\a.dat@-873187034\r\nCHKSUM@Data\\Sub\\b.dat@891568578\r\n"
         "CHKSUM@top.txt@0\r\nCONFIG@g_nBar@2 // two\r\nCONFIG@g_sBaz@ spaced  \r\n";
     EXPECT_EQ(readFile(path("Night Ops.stp")), wizardWrites);
-    EXPECT_EQ(created.out, "Wrote " + path("Night Ops.stp") +
-                               "\n  Night Ops\n  CURSET@COB\n  CHKSIM\n  CURTHE@Korea KTO\n"
-                               "  CHKSUM@Data\\Sub\\a.dat@-873187034\n  CHKSUM@Data\\Sub\\b.dat@891568578\n"
-                               "  CHKSUM@top.txt@0\n  CONFIG@g_nBar@2 // two\n  CONFIG@g_sBaz@ spaced  \n"
+    // The lines written are shown, indented.
+    EXPECT_EQ(created.out, "Wrote " + path("Night Ops.stp") + "\n" +
+                               QString(wizardWrites).replace(QRegularExpression("([^\n]*)\r\n"), "  \\1\n") +
                                "Setup 2: Night Ops\n");
     EXPECT_EQ(QDir(dir_.path()).entryList({"*.part"}), QStringList());
-    EXPECT_EQ(readFile(path("tessark.ini")),
-              "[SETUPLIST]\r\nNUM=2\r\n[SETUPLIST1]\r\nFNAME=" + path("gone.stp").toLatin1() +
-                  "\r\n[SETUPLIST2]\r\nFNAME=" + path("Night Ops.stp").toLatin1() + "\r\n");
+    EXPECT_EQ(readFile(path("tessark.ini")), listing({"gone.stp", "Night Ops.stp"}));
 
     EXPECT_EQ(run({"list"}).out, "#  Name       File\n"
                                  "1             " +
@@ -233,11 +213,11 @@ TEST_F(SetupCommandsInstallationTest, CreatesTheWizardsSetupThenVerifiesAndNames
 
     // The installation changes under the setup: a file's content, a file gone, the theater, a
     // configuration value, and a "sim" folder (Windows names ignore case).
-    install("Data/Sub/a.dat", "123456780");
-    QFile::remove(installDir() + "/Data/Sub/b.dat");
-    registry("Balkans");
-    install("cobra.cfg", "set g_bFoo 1\r\nSET g_nBar 3 // two\r\nset g_sBaz  spaced\r\n");
-    QDir().mkpath(installDir() + "/sim");
+    falcon_.install("Data/Sub/a.dat", "123456780");
+    QFile::remove(falcon_.dir() + "/Data/Sub/b.dat");
+    falcon_.setTheater("Balkans");
+    falcon_.install("cobra.cfg", "set g_bFoo 1\r\nSET g_nBar 3 // two\r\nset g_sBaz  spaced\r\n");
+    QDir().mkpath(falcon_.dir() + "/sim");
     verified = run({"verify", "2"});
     EXPECT_EQ(verified.status, 1);
     EXPECT_EQ(verified.out,
@@ -250,8 +230,8 @@ TEST_F(SetupCommandsInstallationTest, CreatesTheWizardsSetupThenVerifiesAndNames
                        "5 of 8 lines failed\n");
 
     // Another flavour: cobra.cfg gone, FalconBMS.cfg found; its entries are those now compared.
-    QFile::remove(installDir() + "/cobra.cfg");
-    install("FalconBMS.cfg", "set g_nBar 2 // two\r\n");
+    QFile::remove(falcon_.dir() + "/cobra.cfg");
+    falcon_.install("FalconBMS.cfg", "set g_nBar 2 // two\r\n");
     verified = run({"verify", "2"});
     EXPECT_THAT(verified.out.toStdString(), HasSubstr("line 1: Your current setup is different\n"));
     EXPECT_THAT(
@@ -279,7 +259,7 @@ TEST_F(SetupCommandsInstallationTest, ChoicesOutsideTheInstallationChangeNothing
     expectRefused(named + QStringList{"--file", "top.txt", "--config", "g_bfoo"},
                   "--config g_bfoo: no \"set g_bfoo\" line in C:\\Falcon4\\cobra.cfg");
     expectRefused({"verify", "1", "2"}, "unexpected argument \"2\"");
-    QFile::remove(installDir() + "/cobra.cfg");
+    QFile::remove(falcon_.dir() + "/cobra.cfg");
     expectRefused(named + QStringList{"--config", "g_bFoo"},
                   "the configuration file C:\\Falcon4\\FalconSP.cfg cannot be read");
     writeFile(falcon_.prefixPath("system.reg"), "WINE REGISTRY Version 2\n");

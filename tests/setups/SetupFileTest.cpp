@@ -1,7 +1,7 @@
 #include "setups/SetupFile.h"
 #include "basics/RuntimeError.h"
+#include "support/Files.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 
@@ -13,11 +13,7 @@ class SetupFileTest : public ::testing::Test {
   protected:
     QTemporaryDir dir;
     QString path(const QString& name = "s.stp") const { return dir.filePath(name); }
-    void write(const std::string& bytes, const QString& name = "s.stp") const {
-        QFile f(path(name));
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes.data(), static_cast<qint64>(bytes.size()));
-    }
+    void write(const char* bytes, const QString& name = "s.stp") const { writeFile(path(name), bytes); }
 };
 
 TEST_F(SetupFileTest, CatalogueReaderKeepsTheNameRawAndTrimmedRecordsInOrder) {

@@ -2,10 +2,8 @@
 // A Falcon 4 installation of the test's own in a Wine prefix (Linux): system.reg names
 // C:\Falcon4 and a theater, WINEPREFIX points at it for the test's life, and the files are
 // written under drive_c/Falcon4.
-#include <QByteArray>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
+#include "support/Files.h"
+
 #include <QTemporaryDir>
 
 class FakeInstallation {
@@ -25,24 +23,18 @@ class FakeInstallation {
     FakeInstallation& operator=(const FakeInstallation&) = delete;
 
     void setTheater(const QByteArray& theater) {
-        write(prefix_.filePath("system.reg"),
-              "WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] "
-              "1700000000\n\"baseDir\"=\"C:\\\\Falcon4\"\n\"curTheater\"=\"" +
-                  theater + "\"\n");
+        writeFile(prefix_.filePath("system.reg"),
+                  "WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] "
+                  "1700000000\n\"baseDir\"=\"C:\\\\Falcon4\"\n\"curTheater\"=\"" +
+                      theater + "\"\n");
     }
     // Writes a file of the installation; returns its local path.
     QString install(const QString& relative, const QByteArray& content) const {
-        write(dir() + "/" + relative, content);
-        return dir() + "/" + relative;
+        return writeFile(dir() + "/" + relative, content);
     }
     QString dir() const { return prefix_.path() + "/drive_c/Falcon4"; }
+    QString prefix() const { return prefix_.path(); }
     QString prefixPath(const QString& relative) const { return prefix_.filePath(relative); }
-
-    static void write(const QString& path, const QByteArray& content) {
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        if (file.open(QIODevice::WriteOnly)) file.write(content);
-    }
 
   private:
     QTemporaryDir prefix_;

@@ -1,8 +1,9 @@
 #include "support/TestServer.h"
 
+#include "setups/SetupCatalogue.h"
+#include "support/Files.h"
+
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 
 TestServer::TestServer(const std::string& iniText, bool startNow) {
     dirPath_ = tmp_.path() + QDir::separator();
@@ -19,16 +20,31 @@ TestServer::~TestServer() {
 
 void TestServer::start() {
     server_->start();
+    started_ = true;
 }
 
 void TestServer::writeFile(const QString& name, const std::string& content) const {
-    QFile f(dirPath_ + name);
-    f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    f.write(content.data(), static_cast<qint64>(content.size()));
+    ::writeFile(dirPath_ + name, content);
 }
 
 std::string TestServer::readFile(const QString& name) const {
-    QFile f(dirPath_ + name);
-    if (!f.open(QIODevice::ReadOnly)) return {};
-    return f.readAll().toStdString();
+    return ::readFile(dirPath_ + name).toStdString();
+}
+
+std::string TestServer::setupList(const std::vector<QString>& names) const {
+    std::string ini = "[SETUPLIST]\r\nNUM=" + std::to_string(names.size()) + "\r\n";
+    for (size_t i = 0; i < names.size(); ++i)
+        ini += "[SETUPLIST" + std::to_string(i + 1) + "]\r\nFNAME=" + path(names[i]).toStdString() + "\r\n";
+    return ini;
+}
+
+void TestServer::catalogue(const std::vector<std::pair<QString, std::string>>& setups,
+                           const std::string& more) {
+    std::vector<QString> names;
+    for (const auto& [name, text] : setups) {
+        writeFile(name, text);
+        names.push_back(name);
+    }
+    writeFile("tessark.ini", setupList(names) + more);
+    if (started_) server_->setups().reload();
 }

@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 // tessark.ini with no setups, logging off or on.
 inline const std::string kIniLogOff = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n";
@@ -27,6 +29,11 @@ class TestServer {
     // Writes a file into the program directory (CR LF line ends are the caller's choice).
     void writeFile(const QString& name, const std::string& content) const;
     std::string readFile(const QString& name) const;
+    // tessark.ini's list of these setup files of the program directory.
+    std::string setupList(const std::vector<QString>& names) const;
+    // Writes the setup files and a tessark.ini listing them, followed by `more` (a [DEBUG]
+    // section, say); a server that has started reads the list again.
+    void catalogue(const std::vector<std::pair<QString, std::string>>& setups, const std::string& more = {});
     int endsOfProgram() const { return ended_; }
 
     quint16 playerPort() const { return server_->ports().players; }
@@ -39,5 +46,6 @@ class TestServer {
     QString dirPath_;
     RecordingDisplay display_;
     std::unique_ptr<Server> server_;
+    bool started_ = false;
     int ended_ = 0;
 };

@@ -9,8 +9,9 @@
 #include <QRadioButton>
 
 TEST_F(CataloguedSetupTest, EditKeepingTheNameRewritesTheFileInPlace) {
-    catalogue({{"Night Ops.stp", "Night Ops\r\nCURSET@BMS\r\nCURTHE@Old Theater\r\n// by hand\r\n"
-                                 "CHKSUM@Data\\Sub\\a.dat@1\r\nCONFIG@g_nBar@9\r\nCONFIG@gone@1\r\n"}});
+    server_.catalogue(
+        {{"Night Ops.stp", "Night Ops\r\nCURSET@BMS\r\nCURTHE@Old Theater\r\n// by hand\r\n"
+                           "CHKSUM@Data\\Sub\\a.dat@1\r\nCONFIG@g_nBar@9\r\nCONFIG@gone@1\r\n"}});
     wizard_.state().forbidSimFolder = true; // what the last run left; the file has no CHKSIM
 
     chooseOption(2);
@@ -45,7 +46,7 @@ TEST_F(CataloguedSetupTest, EditKeepingTheNameRewritesTheFileInPlace) {
 TEST_F(CataloguedSetupTest, ImportCopiesUnderTheNameLineAndCatalogues) {
     QTemporaryDir elsewhere;
     const std::string text = "Remote Setup\r\nCURSET@FF\r\n  // a comment\r\n\r\nCHKSUM@x.dat@5\r\n";
-    writeText(elsewhere.filePath("made-elsewhere.stp"), text);
+    writeFile(elsewhere.filePath("made-elsewhere.stp"), text);
 
     chooseOption(0);
     ASSERT_EQ(pageName(), "AddSetupFileFrm1");
@@ -68,7 +69,8 @@ TEST_F(CataloguedSetupTest, ImportCopiesUnderTheNameLineAndCatalogues) {
 }
 
 TEST_F(CataloguedSetupTest, ListEditorDeletesTheSelectedSetup) {
-    catalogue({{"one.stp", "One\r\nCURSET@COB\r\n"}, {"two.stp", "Two\r\n"}, {"three.stp", "Three\r\n"}});
+    server_.catalogue(
+        {{"one.stp", "One\r\nCURSET@COB\r\n"}, {"two.stp", "Two\r\n"}, {"three.stp", "Three\r\n"}});
     auto* dialog = new SetupListDialog(server_.server(), dialogs_);
     dialog->show();
     QListWidget* list = dialog->findChild<QListWidget*>("List1");

@@ -22,7 +22,7 @@ QPointer<SetupListDialog> openList(Server& server, OperatorDialogs& dialogs) {
 } // namespace
 
 TEST_F(CataloguedSetupTest, ListEditorTakesEnterWithoutDeletingAndDeletesOnlyWhenPressed) {
-    catalogue({{"one.stp", "One\r\n"}, {"two.stp", "Two\r\n"}, {"three.stp", "Three\r\n"}});
+    server_.catalogue({{"one.stp", "One\r\n"}, {"two.stp", "Two\r\n"}, {"three.stp", "Three\r\n"}});
     const auto& setups = server_.server().setups().list();
 
     // Freshly opened: the list has the keyboard and no row looks picked; Enter deletes nothing.
@@ -66,7 +66,7 @@ class LoggingSetupTest : public CataloguedSetupTest {
 };
 
 TEST_F(LoggingSetupTest, RunTimeErrorInTheFormsEndsWithTheLogAndTheOutputWrittenOut) {
-    catalogue({{"one.stp", "One\r\n"}});
+    server_.catalogue({{"one.stp", "One\r\n"}});
     Peer player(server_.playerPort());
     player.send("VALIDR", "Viper");
     ASSERT_TRUE(player.waitFor(1)); // "PLSNEW"

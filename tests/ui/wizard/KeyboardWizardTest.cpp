@@ -111,7 +111,7 @@ TEST_F(WizardTest, CreatesASetupByKeyboardAlone) {
 TEST_F(CataloguedSetupTest, ImportPageKeepsThePathAndHandsOnToNext) {
     QTemporaryDir elsewhere;
     const std::string text = "Remote Setup\r\nCURSET@FF\r\n";
-    writeText(elsewhere.filePath("made-elsewhere.stp"), text);
+    writeFile(elsewhere.filePath("made-elsewhere.stp"), text);
     auto folder = [](const QString& path) { return QFileInfo(path).canonicalFilePath(); };
 
     wizard_.start();
@@ -165,7 +165,7 @@ TEST_F(CataloguedSetupTest, ImportRefusesTheNamesCreatingRefuses) {
     outside.cdUp();
     for (const std::string name : {"..\\x", "../x", "sub/x", "a:b", "tab\there"}) {
         SCOPED_TRACE(name);
-        writeText(elsewhere.filePath("bad.stp"), name + "\r\nCURSET@FF\r\n");
+        writeFile(elsewhere.filePath("bad.stp"), name + "\r\nCURSET@FF\r\n");
         dialogs_.boxes.clear();
         wizard_.start();
         ASSERT_TRUE(onPage("AddSetupFrm1"));

@@ -2,6 +2,7 @@
 // A fake Falcon 4 installation under a Wine-style prefix, a server in a temporary program
 // directory, and file dialogs that return what the test chose.
 #include "setups/SetupCatalogue.h"
+#include "support/FakeInstallation.h"
 #include "support/TestServer.h"
 #include "support/WindowsRegistry.h"
 #include "ui/wizard/OperatorDialogs.h"
@@ -18,17 +19,6 @@
 
 #include <deque>
 #include <functional>
-
-// The fake installation: on drive C: of the Wine prefix. On Windows that is the machine's own C:
-// (the tests run only in a throw-away Wine prefix there).
-inline QString falconInstallDir(const QString& prefix) {
-#ifdef Q_OS_WIN
-    Q_UNUSED(prefix);
-    return "C:/Falcon4";
-#else
-    return prefix + "/drive_c/Falcon4";
-#endif
-}
 
 class ScriptedDialogs : public OperatorDialogs {
   public:
@@ -94,43 +84,33 @@ class WizardTest : public ::testing::Test {
         ASSERT_TRUE(windows_registry::setFalconValue("/reg:32", "baseDir", "REG_SZ", "C:\\Falcon4"));
         ASSERT_TRUE(windows_registry::setFalconValue("/reg:32", "curTheater", "REG_SZ", "Korea KTO"));
 #endif
-        hadPrefix_ = qEnvironmentVariableIsSet("WINEPREFIX");
-        savedPrefix_ = qgetenv("WINEPREFIX");
-        qputenv("WINEPREFIX", prefix_.path().toUtf8());
-        QFile reg(prefix_.filePath("system.reg"));
-        reg.open(QIODevice::WriteOnly);
-        reg.write("WINE REGISTRY Version 2\n\n[Software\\\\Wow6432Node\\\\Microprose\\\\Falcon\\\\4.0] "
-                  "1700000000\n\"baseDir\"=\"C:\\\\Falcon4\"\n\"curTheater\"=\"Korea KTO\"\n");
         install("cobra.cfg",
                 "set g_bFoo 1\r\nSET g_nBar 2 // two\r\n\r\nsetting x\r\nset g_sBaz  spaced  \r\n");
         install("Data/Sub/a.dat", "123456789");
         install("Data/Sub/b.dat", "abc");
         install("top.txt", "");
     }
-    void TearDown() override {
 #ifdef Q_OS_WIN
+    void TearDown() override {
         if (windows_registry::underWine()) {
             windows_registry::deleteFalconKey();
             QDir(installDir()).removeRecursively();
         }
-#endif
-        if (hadPrefix_)
-            qputenv("WINEPREFIX", savedPrefix_);
-        else
-            qunsetenv("WINEPREFIX");
     }
+#endif
 
     // A file of the installation, by its path below the Falcon directory.
     QString install(const QString& relative, const QByteArray& content) {
-        const QString path = installDir() + "/" + relative;
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile f(path);
-        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-        f.write(content);
-        return path;
+        return writeFile(installDir() + "/" + relative, content);
     }
+    // On drive C: of the Wine prefix; on Windows the machine's own C: (the tests run only in a
+    // throw-away Wine prefix there).
     QString installDir() const {
-        return falconInstallDir(prefix_.path());
+#ifdef Q_OS_WIN
+        return "C:/Falcon4";
+#else
+        return falcon_.dir();
+#endif
     }
 
     WizardPage* page() const {
@@ -162,36 +142,16 @@ class WizardTest : public ::testing::Test {
         return server_.readFile(name);
     }
 
-    QTemporaryDir prefix_;
-    QByteArray savedPrefix_;
-    bool hadPrefix_ = false;
+    FakeInstallation falcon_;
     TestServer server_;
     ScriptedDialogs dialogs_;
     SetupWizard wizard_{server_.server(), dialogs_, nullptr};
 };
 
-inline void writeText(const QString& path, const std::string& text) {
-    QFile f(path);
-    f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    f.write(text.data(), static_cast<qint64>(text.size()));
-}
-
 class CataloguedSetupTest : public WizardTest {
   protected:
     using WizardTest::WizardTest;
 
-    // Setups made by hand earlier and catalogued in tessark.ini.
-    void catalogue(const std::vector<std::pair<QString, std::string>>& files) {
-        std::string ini = "[SETUPLIST]\r\nNUM=" + std::to_string(files.size()) + "\r\n";
-        int i = 0;
-        for (const auto& [name, text] : files) {
-            writeText(server_.path(name), text);
-            ini += "[SETUPLIST" + std::to_string(++i) + "]\r\nFNAME=" + server_.path(name).toStdString() +
-                   "\r\n";
-        }
-        writeText(server_.path("tessark.ini"), ini);
-        server_.server().setups().reload();
-    }
     void chooseOption(int i) {
         wizard_.start();
         QRadioButton* option = control<QRadioButton>(QString("Option1_%1").arg(i).toLatin1());
