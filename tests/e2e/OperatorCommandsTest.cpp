@@ -3,6 +3,7 @@
 // server at all.
 #include "server/Server.h"
 #include "support/FakeInstallation.h"
+#include "support/Files.h"
 #include "support/Peer.h"
 #include "support/TestServer.h"
 
@@ -36,8 +37,9 @@ Outcome tessark(const QString& dir, const QStringList& words) {
 
 const char* const kEvening = "Evening\r\nCURSET@BMS\r\nCURTHE@Korea\r\n";
 
-TEST(OperatorCommands, StatusShowsThePlayersMarksAsTheyReport) {
+TEST(OperatorCommands, StatusShowsThePlayersMarksSetupsGoThroughTheServerAndExitShutsDownAsTheMenuDoes) {
     TestServer ts{kIniLogOff};
+    QSignalSpy finished(&ts.server(), &Server::finished);
     Peer alpha(ts.playerPort());
     alpha.send("VALIDR", "Alpha");
     expectNext(alpha, {"PLSNEW|1@Alpha@@-"});
@@ -65,37 +67,13 @@ TEST(OperatorCommands, StatusShowsThePlayersMarksAsTheyReport) {
     run = tessark(ts.dir(), {"status", "now"});
     EXPECT_EQ(run.status, 2);
     EXPECT_THAT(run.err, HasSubstr("Unknown command"));
-}
 
-TEST(OperatorCommands, ExitShutsDownAsTheMenuDoes) {
-    TestServer ts{kIniLogOff};
-    QSignalSpy finished(&ts.server(), &Server::finished);
-    Peer alpha(ts.playerPort());
-    alpha.send("VALIDR", "Alpha");
-    expectNext(alpha, {"PLSNEW|1@Alpha@@-"});
-    const Outcome run = tessark(ts.dir(), {"exit"});
-    EXPECT_EQ(run.status, 0) << run.err;
-    ASSERT_TRUE(pumpUntil([&] { return finished.count() == 1; }));
-    EXPECT_TRUE(alpha.waitFor(1));
-    EXPECT_EQ(alpha.inbox().back().text(), "DISCON");
-    // Nobody listens in the directory any more.
-    EXPECT_EQ(tessark(ts.dir(), {"status"}).status, 3);
-}
-
-TEST(OperatorCommands, SetupsGoThroughTheRunningServerSoPlayersAreOfferedWhatItSays) {
-    TestServer ts{kIniLogOff};
+    // Setups go through the running server, so players are offered what it says.
     QTemporaryDir elsewhere;
-    const QString file = elsewhere.path() + "/evening.stp";
-    {
-        QFile out(file);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-        out.write(kEvening);
-    }
-    Outcome run = tessark(ts.dir(), {"setups", "import", file});
+    run = tessark(ts.dir(), {"setups", "import", writeFile(elsewhere.path() + "/evening.stp", kEvening)});
     EXPECT_EQ(run.status, 0) << run.err;
-    Peer alpha(ts.playerPort());
     alpha.send("GETVLA", "");
-    expectNext(alpha, {"SLRDIM|1", "SLSADD|1@Evening", "SLDONE|"});
+    expectNext(alpha, {"PLSUPD|1@Alpha@@-", "SLRDIM|1", "SLSADD|1@Evening", "SLDONE|"});
     EXPECT_THAT(tessark(ts.dir(), {"setups", "list"}).out, HasSubstr("Evening"));
 
     const std::string ini = ts.readFile("tessark.ini");
@@ -106,7 +84,15 @@ TEST(OperatorCommands, SetupsGoThroughTheRunningServerSoPlayersAreOfferedWhatItS
 
     EXPECT_EQ(tessark(ts.dir(), {"setups", "remove", "1"}).status, 0);
     alpha.send("GETVLA", "");
-    expectNext(alpha, {"SLRDIM|0", "SLDONE|"});
+    expectNext(alpha, {"PLSUPD|1@Alpha@@-", "SLRDIM|0", "SLDONE|"});
+
+    // Exit ends the server as the menu does; nobody listens in the directory any more.
+    run = tessark(ts.dir(), {"exit"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(pumpUntil([&] { return finished.count() == 1; }));
+    EXPECT_TRUE(alpha.waitFor(1));
+    EXPECT_EQ(alpha.inbox().back().text(), "DISCON");
+    EXPECT_EQ(tessark(ts.dir(), {"status"}).status, 3);
 }
 
 TEST(OperatorCommands, WithNoServerStatusSaysSoAndSetupsWorkOnTheDirectory) {
@@ -117,11 +103,7 @@ TEST(OperatorCommands, WithNoServerStatusSaysSoAndSetupsWorkOnTheDirectory) {
     EXPECT_THAT(run.err, HasSubstr("No Tessark Server is running"));
     EXPECT_EQ(tessark(programDir, {"exit"}).status, 3);
 
-    QFile stp(programDir + "evening-copy.stp");
-    ASSERT_TRUE(stp.open(QIODevice::WriteOnly));
-    stp.write(kEvening);
-    stp.close();
-    run = tessark(programDir, {"setups", "import", stp.fileName()});
+    run = tessark(programDir, {"setups", "import", writeFile(programDir + "evening-copy.stp", kEvening)});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_THAT(tessark(programDir, {"setups", "list"}).out, HasSubstr("Evening"));
     EXPECT_EQ(tessark(programDir, {"setups", "frobnicate"}).status, 2);

@@ -10,7 +10,7 @@ namespace {
 
 class RelayBadInput : public RelayTest {};
 
-TEST_F(RelayBadInput, BadSimReportsRelayNothingWhileLoggingIsOff) {
+TEST_F(RelayBadInput, BadSimReportsRelayNothingAndAnAwacsClientWithASocketErrorIsClosedButStaysListed) {
     auto awacs = registeredAwacs();
     auto sim = announcedSim("VIPER", 2);
     sendAndSettle(*sim, "ADDAIR", "1");
@@ -33,12 +33,22 @@ TEST_F(RelayBadInput, BadSimReportsRelayNothingWhileLoggingIsOff) {
     // The simulator still works afterwards.
     sendAndSettle(*sim, "SIMLOC", "1@ok");
     EXPECT_THAT(awacs->takeAllTexts(), ElementsAre("INDATA1@ok"));
+
+    // A socket error closes the client on slot 1, which stays listed; slot 2 is still served.
+    auto healthy = registeredAwacs();
+    healthy->settle();
+    emit server().awacsChannel().sockets().element(1).error(1, 40010, "Connection reset");
+    EXPECT_TRUE(awacs->waitForDisconnect());
+    EXPECT_EQ(awacsListed(), 2);
+    EXPECT_EQ(ts_.display().awacsCount, "2");
+    sendAndSettle(*sim, "SIMLOC", "1@still relayed");
+    EXPECT_THAT(healthy->takeAllTexts(), ElementsAre("INDATA1@still relayed"));
     EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 
 class RelayBadInputLogged : public RelayTest {
   protected:
-    RelayBadInputLogged() : RelayTest("[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n") {}
+    RelayBadInputLogged() : RelayTest(kIniLogOn) {}
 };
 
 TEST_F(RelayBadInputLogged, BadPlaceIsWrittenToTheErrorLogAndArrivalsToTheTrafficLog) {
@@ -54,23 +64,6 @@ TEST_F(RelayBadInputLogged, BadPlaceIsWrittenToTheErrorLogAndArrivalsToTheTraffi
     EXPECT_THAT(traffic, HasSubstr(" : Command arrived from SIM Client #1: (SIMNEW)VIPER@2"));
     EXPECT_THAT(traffic, HasSubstr(" : Command arrived from SIM Client #1: (SIMLOC)one@pos"));
     EXPECT_THAT(traffic, ::testing::Not(HasSubstr("NOTONE")));
-}
-
-TEST_F(RelayBadInput, AwacsClientWithASocketErrorIsClosedButStaysListed) {
-    auto failing = registeredAwacs(); // slot 1
-    auto healthy = registeredAwacs(); // slot 2
-    auto sim = announcedSim("VIPER", 1);
-    sendAndSettle(*sim, "ADDAIR", "1");
-    failing->takeAllTexts();
-    healthy->takeAllTexts();
-
-    emit server().awacsChannel().sockets().element(1).error(1, 40010, "Connection reset");
-    EXPECT_TRUE(failing->waitForDisconnect());
-    EXPECT_EQ(awacsListed(), 2);
-    EXPECT_EQ(ts_.display().awacsCount, "2");
-    sendAndSettle(*sim, "SIMLOC", "1@still relayed");
-    EXPECT_THAT(healthy->takeAllTexts(), ElementsAre("INDATA1@still relayed"));
-    EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 
 } // namespace

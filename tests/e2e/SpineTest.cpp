@@ -6,14 +6,6 @@
 #include <QFile>
 #include <gmock/gmock.h>
 
-TEST(Spine, AFirstStartCreatesTheSettingsWithTheirDefaultsAndNoLogs) {
-    TestServer t;
-    EXPECT_EQ(t.readFile("tessark.ini"), "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n");
-    EXPECT_FALSE(QFile::exists(t.path("TessarkSrvLog.txt")));
-    EXPECT_FALSE(QFile::exists(t.path("TessarkSrvErrorLog.txt")));
-    EXPECT_EQ(t.server().keepAliveTimer().interval(), 10000);
-}
-
 TEST(Spine, TheKeepAliveReachesTheAiSpyAndIsLoggedOnceOverAFreshTrafficLog) {
     TestServer t(kIniLogOn, false);
     t.writeFile("TessarkSrvLog.txt", "an earlier run\r\n");
@@ -73,8 +65,10 @@ TEST(Spine, WithLoggingOnALoneNulEndsTheProgramThroughTheErrorLog) {
               " -/- Error at TskSrvForm1::ParseData - Error: 5 - Invalid procedure call or argument\r\n");
 }
 
-TEST(Spine, WithLoggingOffBadBytesOnAnyPortGetSilenceAndTheServerStaysUp) {
+TEST(Spine, AFirstStartHasTheDefaultSettingsAndNoLogsAndBadBytesOnAnyPortGetSilence) {
     TestServer t;
+    EXPECT_EQ(t.readFile("tessark.ini"), "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n");
+    EXPECT_EQ(t.server().keepAliveTimer().interval(), 10000);
     Peer aiSpy(t.aiSpyPort());
     std::vector<QByteArray> noise = {QByteArray(1, '\0'), QByteArray("ab\0\0x\0", 6),
                                      QByteArray(1 << 20, 'A'), QByteArray("\xff\xfe\x01\x80garbage\0", 13)};
@@ -90,6 +84,7 @@ TEST(Spine, WithLoggingOffBadBytesOnAnyPortGetSilenceAndTheServerStaysUp) {
         aiSpy.sendRaw(bytes);
     pumpFor(100ms);
     EXPECT_EQ(t.endsOfProgram(), 0);
+    EXPECT_FALSE(QFile::exists(t.path("TessarkSrvLog.txt")));
     EXPECT_FALSE(QFile::exists(t.path("TessarkSrvErrorLog.txt")));
     t.server().sendKeepAlive();
     EXPECT_EQ(aiSpy.take(1)[0].text(), "SYNCRO"); // still served

@@ -6,7 +6,6 @@
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QRadioButton>
 
 TEST_F(CataloguedSetupTest, EditKeepingTheNameRewritesTheFileInPlace) {
     server_.catalogue(
@@ -41,31 +40,6 @@ TEST_F(CataloguedSetupTest, EditKeepingTheNameRewritesTheFileInPlace) {
     const auto& setups = server_.server().setups().list();
     ASSERT_EQ(setups.ubound(), 1);
     EXPECT_EQ(setups[1].lines.ubound(), 5);
-}
-
-TEST_F(CataloguedSetupTest, ImportCopiesUnderTheNameLineAndCatalogues) {
-    QTemporaryDir elsewhere;
-    const std::string text = "Remote Setup\r\nCURSET@FF\r\n  // a comment\r\n\r\nCHKSUM@x.dat@5\r\n";
-    writeFile(elsewhere.filePath("made-elsewhere.stp"), text);
-
-    chooseOption(0);
-    ASSERT_EQ(pageName(), "AddSetupFileFrm1");
-    QLineEdit* path = control<QLineEdit>("Text1");
-    QTest::keyClicks(path, elsewhere.filePath("missing.stp"));
-    next();
-    EXPECT_EQ(dialogs_.boxes,
-              QStringList{"Error|The file that you specified doesn't exist. Please specify another file"});
-    ASSERT_EQ(pageName(), "AddSetupFileFrm1");
-
-    path->clear();
-    QTest::keyClicks(path, elsewhere.filePath("made-elsewhere.stp"));
-    next();
-    ASSERT_EQ(pageName(), "AddSetupEndFrm");
-    EXPECT_EQ(appFile("Remote Setup.stp"), text); // verbatim, comments and blank lines too
-    const auto& setups = server_.server().setups().list();
-    ASSERT_EQ(setups.ubound(), 1);
-    EXPECT_EQ(setups[1].filePath, server_.path("Remote Setup.stp").toStdString());
-    EXPECT_EQ(setups[1].lines.ubound(), 2);
 }
 
 TEST_F(CataloguedSetupTest, ListEditorDeletesTheSelectedSetup) {

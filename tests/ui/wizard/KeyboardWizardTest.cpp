@@ -110,7 +110,7 @@ TEST_F(WizardTest, CreatesASetupByKeyboardAlone) {
 
 TEST_F(CataloguedSetupTest, ImportPageKeepsThePathAndHandsOnToNext) {
     QTemporaryDir elsewhere;
-    const std::string text = "Remote Setup\r\nCURSET@FF\r\n";
+    const std::string text = "Remote Setup\r\nCURSET@FF\r\n  // a comment\r\n\r\nCHKSUM@x.dat@5\r\n";
     writeFile(elsewhere.filePath("made-elsewhere.stp"), text);
     auto folder = [](const QString& path) { return QFileInfo(path).canonicalFilePath(); };
 
@@ -155,8 +155,11 @@ TEST_F(CataloguedSetupTest, ImportPageKeepsThePathAndHandsOnToNext) {
     press(Qt::Key_Return);
 
     ASSERT_TRUE(onPage("AddSetupEndFrm"));
-    EXPECT_EQ(appFile("Remote Setup.stp"), text);
-    EXPECT_EQ(server_.server().setups().list().ubound(), 1);
+    EXPECT_EQ(appFile("Remote Setup.stp"), text); // verbatim, comments and blank lines too
+    const auto& setups = server_.server().setups().list();
+    ASSERT_EQ(setups.ubound(), 1);
+    EXPECT_EQ(setups[1].filePath, server_.path("Remote Setup.stp").toStdString());
+    EXPECT_EQ(setups[1].lines.ubound(), 2);
 }
 
 TEST_F(CataloguedSetupTest, ImportRefusesTheNamesCreatingRefuses) {
