@@ -260,63 +260,61 @@ void SocketElement::startSharedPiece(const SharedMessage& message) {
     if (admit(message.size)) appendPiece(true, message.offset, message.size);
 }
 
-// The connections whose own queues are empty write straight to the system, all of them in one
-// go; the others add to their queues.
 void SocketElement::handOverAll() {
     handOverPosted = false;
-    // Reused: one event loop, one hand-over at a time.
-    static std::vector<std::string_view> views; // the direct writers' pieces, one after another
-    static std::vector<GatheredWrite> writes;
-    static std::vector<SocketElement*> writers;
-    views.clear();
-    writes.clear();
-    writers.clear();
-    for (SocketElement* element : gathering) {
+    for (SocketElement* element : gathering)
         element->gathered_ = false;
-        if (!element->writesDirectly()) {
-            element->handOverOutbox();
-            continue;
-        }
-        element->appendViews(views);
-        writers.push_back(element);
-        writes.push_back({element->socket_->socketDescriptor(), {}});
-    }
+    handOver(gathering);
     gathering.clear();
-    size_t first = 0;
-    for (size_t i = 0; i < writes.size(); ++i) {
-        writes[i].pieces = std::span(views).subspan(first, writers[i]->pieces_.size());
-        first += writes[i].pieces.size();
-    }
-    writeEachWithoutWaiting(writes);
-    for (size_t i = 0; i < writes.size(); ++i)
-        writers[i]->finishHandOver(writes[i].pieces, writes[i].taken);
     sharedOutput.clear();
     if (sharedOutput.capacity() > kSharedKeptCapacity) std::string().swap(sharedOutput); // after a burst
 }
 
-bool SocketElement::writesDirectly() const {
-    return !pieces_.empty() && socket_ && socket_->state() == QAbstractSocket::ConnectedState &&
-           socketQueued() == 0;
-}
-
-void SocketElement::appendViews(std::vector<std::string_view>& views) const {
-    for (const Piece& piece : pieces_)
-        views.push_back(bytesOf(piece));
-}
-
-// While the socket's own queue is empty, the gathered output goes straight to the system, in
-// one call for all its pieces; what does not fit joins the socket's queue, which writes it out
-// when it can and keeps the order.
 void SocketElement::handOverOutbox() {
-    if (pieces_.empty()) return;
+    SocketElement* self = this;
+    handOver({&self, 1});
+}
+
+// While a socket's own queue is empty, the gathered output goes straight to the system, in one
+// call for all its pieces, and the connections that write so go in one call together where the
+// system allows; what does not fit joins the socket's queue, which writes it out when it can and
+// keeps the order.
+void SocketElement::handOver(std::span<SocketElement* const> elements) {
+    struct Handed {
+        SocketElement* element;
+        size_t first; // its pieces in views
+        size_t count;
+        int write; // its entry in writes, or -1 while its socket's queue holds output
+    };
+    // Reused: one event loop, one hand-over at a time.
     static std::vector<std::string_view> views;
+    static std::vector<Handed> handed;
+    static std::vector<GatheredWrite> writes;
     views.clear();
-    size_t taken = 0;
-    if (socket_ && socket_->state() == QAbstractSocket::ConnectedState) {
-        appendViews(views);
-        if (socketQueued() == 0) taken = writeWithoutWaiting(socket_->socketDescriptor(), views);
+    handed.clear();
+    writes.clear();
+    for (SocketElement* element : elements) {
+        if (element->pieces_.empty()) continue;
+        Handed entry{element, views.size(), 0, -1};
+        if (element->socket_ && element->socket_->state() == QAbstractSocket::ConnectedState) {
+            for (const Piece& piece : element->pieces_)
+                views.push_back(element->bytesOf(piece));
+            entry.count = element->pieces_.size();
+            if (element->socketQueued() == 0) {
+                entry.write = static_cast<int>(writes.size());
+                writes.push_back({element->socket_->socketDescriptor(), {}});
+            }
+        }
+        handed.push_back(entry);
     }
-    finishHandOver(views, taken);
+    const auto piecesOf = [](const Handed& entry) {
+        return std::span(views).subspan(entry.first, entry.count);
+    };
+    for (const Handed& entry : handed)
+        if (entry.write >= 0) writes[entry.write].pieces = piecesOf(entry);
+    writeEachWithoutWaiting(writes);
+    for (const Handed& entry : handed)
+        entry.element->finishHandOver(piecesOf(entry), entry.write >= 0 ? writes[entry.write].taken : 0);
 }
 
 // The pieces the system did not take join the socket's queue; the outbox is empty again.

@@ -137,9 +137,8 @@ class SocketElement : public QObject {
     void startSharedPiece(const SharedMessage& message);
     void appendPiece(bool shared, size_t begin, size_t size);
     std::string_view bytesOf(const Piece& piece) const;
-    bool writesDirectly() const;
-    void appendViews(std::vector<std::string_view>& views) const;
     void handOverOutbox();
+    static void handOver(std::span<SocketElement* const> elements);
     void finishHandOver(std::span<const std::string_view> pieces, size_t taken);
     qint64 socketQueued() const;
     void noticeDrain();
