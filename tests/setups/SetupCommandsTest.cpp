@@ -5,6 +5,7 @@
 #include "support/FakeInstallation.h"
 #include "support/Files.h"
 #include "support/RecordingDisplay.h"
+#include "support/TestServer.h"
 
 #include <QDirIterator>
 #include <QRegularExpression>
@@ -54,11 +55,10 @@ class SetupCommandsTest : public ::testing::Test {
     QString path(const QString& name) const { return dir_.path() + "/" + name; }
     // tessark.ini listing these files of the program directory, as the commands write it.
     QByteArray listing(const QStringList& files) const {
-        QByteArray ini = "[SETUPLIST]\r\nNUM=" + QByteArray::number(files.size()) + "\r\n";
-        for (int i = 0; i < files.size(); ++i)
-            ini +=
-                "[SETUPLIST" + QByteArray::number(i + 1) + "]\r\nFNAME=" + path(files[i]).toLatin1() + "\r\n";
-        return ini;
+        QStringList paths;
+        for (const QString& file : files)
+            paths.push_back(path(file));
+        return QByteArray::fromStdString(setupListIni(paths));
     }
     // That listing, read as at start-up.
     void catalogue(const QStringList& files) {

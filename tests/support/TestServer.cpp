@@ -31,11 +31,18 @@ std::string TestServer::readFile(const QString& name) const {
     return ::readFile(dirPath_ + name).toStdString();
 }
 
-std::string TestServer::setupList(const std::vector<QString>& names) const {
-    std::string ini = "[SETUPLIST]\r\nNUM=" + std::to_string(names.size()) + "\r\n";
-    for (size_t i = 0; i < names.size(); ++i)
-        ini += "[SETUPLIST" + std::to_string(i + 1) + "]\r\nFNAME=" + path(names[i]).toStdString() + "\r\n";
+std::string setupListIni(const QStringList& paths) {
+    std::string ini = "[SETUPLIST]\r\nNUM=" + std::to_string(paths.size()) + "\r\n";
+    for (qsizetype i = 0; i < paths.size(); ++i)
+        ini += "[SETUPLIST" + std::to_string(i + 1) + "]\r\nFNAME=" + paths[i].toStdString() + "\r\n";
     return ini;
+}
+
+std::string TestServer::setupList(const std::vector<QString>& names) const {
+    QStringList paths;
+    for (const QString& name : names)
+        paths.push_back(path(name));
+    return setupListIni(paths);
 }
 
 void TestServer::catalogue(const std::vector<std::pair<QString, std::string>>& setups,

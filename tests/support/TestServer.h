@@ -4,6 +4,7 @@
 #include "server/Server.h"
 #include "support/RecordingDisplay.h"
 
+#include <QStringList>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -14,6 +15,8 @@
 // tessark.ini with no setups, logging off or on.
 inline const std::string kIniLogOff = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=0\r\n";
 inline const std::string kIniLogOn = "[SETUPLIST]\r\nNUM=0\r\n[DEBUG]\r\nLOG=1\r\n";
+// tessark.ini's list of these setup files, as the server writes it.
+std::string setupListIni(const QStringList& paths);
 
 class TestServer {
   public:
