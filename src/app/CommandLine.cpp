@@ -40,6 +40,12 @@ CommandLine readCommandLine(const QStringList& arguments) {
                                  "or where the user may not write) the user's data directory.",
                                  "DIR");
     parser.addOption(dir);
+    const QCommandLineOption config("config",
+                                    "The server's own settings (listen addresses, the operator's log, "
+                                    "access). By default tessark-server.conf in the program directory, "
+                                    "if there is one.",
+                                    "FILE");
+    parser.addOption(config);
     parser.addPositionalArgument("command",
                                  "status: what the running server shows, and its connections.\n"
                                  "exit: shut the running server down as \"Exit\" does.\n"
@@ -67,6 +73,9 @@ CommandLine readCommandLine(const QStringList& arguments) {
     result.programDir = parser.value(dir);
     if (parser.isSet(dir) && result.programDir.isEmpty())
         result.exitStatus = refuse("The directory after '--dir' is empty.");
+    result.settingsFile = parser.value(config);
+    if (parser.isSet(config) && result.settingsFile.isEmpty())
+        result.exitStatus = refuse("The file after '--config' is empty.");
     return result;
 }
 

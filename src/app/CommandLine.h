@@ -21,6 +21,8 @@ struct CommandLine {
     std::optional<int> exitStatus;
     // --dir as given; empty for the default.
     QString programDir;
+    // --config as given; empty for tessark-server.conf in the program directory.
+    QString settingsFile;
     // The operator's command and its words; empty to run the server.
     QStringList command;
 };

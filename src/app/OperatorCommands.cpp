@@ -50,7 +50,7 @@ ControlAnswer setupsOnDirectory(const QString& programDir, const QStringList& wo
 } // namespace
 
 bool isOperatorCommand(const QString& word) {
-    return word == "status" || word == "exit" || word == "setups";
+    return word == "status" || word == "exit" || word == "reload" || word == "setups";
 }
 
 int runOperatorCommand(const QString& programDir, const QStringList& words) {

@@ -1,11 +1,16 @@
 #pragma once
 #include <QObject>
+#include <QString>
 
 class QSocketNotifier;
 
-// Brings SIGTERM and SIGINT into the event loop (through a socket pair), so a signal shuts the
-// server down exactly as "Exit" does, between two events and never inside one.
-// On Windows the same requests are the end of the Windows session (log off, shut down) and
+// Brings the signals that ask the server something into the event loop, so each is served
+// between two events and never inside one:
+//   SIGTERM, SIGINT, SIGQUIT   shut down as "Exit" does
+//   SIGHUP                     reload: the log file reopened, the settings and setups read again
+//   SIGUSR1, SIGUSR2, SIGPIPE  ignored (a write to a peer or a reader that went away is an
+//                              error of that write, not the end of the server)
+// On Windows the requests to stop are the end of the Windows session (log off, shut down) and
 // Ctrl+C, Ctrl+Break or closing the console the server was started from.
 class SignalBridge : public QObject {
     Q_OBJECT
@@ -14,7 +19,9 @@ class SignalBridge : public QObject {
     ~SignalBridge() override;
 
   signals:
-    void terminationRequested();
+    // `why` names the request for the operator's log: "SIGTERM", "the session end"...
+    void terminationRequested(const QString& why);
+    void reloadRequested();
 
   private:
     QSocketNotifier* notifier_ = nullptr;

@@ -15,10 +15,10 @@ bool requested = false;
 HANDLE shutDown = nullptr;
 constexpr wchar_t kSessionWindowClass[] = L"TessarkServerSession";
 
-void request() {
+void request(const QString& why) {
     if (requested || !bridge) return;
     requested = true;
-    emit bridge->terminationRequested();
+    emit bridge->terminationRequested(why);
 }
 
 // A hidden top-level window of its own hears the session end whatever Qt shows (or does not
@@ -30,7 +30,7 @@ LRESULT CALLBACK sessionWindowProc(HWND window, UINT message, WPARAM wParam, LPA
     case WM_ENDSESSION:
         // Windows may end the process as soon as this returns: shut down now, inside the
         // message, so every peer has its "DISCON" before then.
-        if (wParam) request();
+        if (wParam) request("the end of the Windows session");
         return 0;
     default:
         return DefWindowProcW(window, message, wParam, lParam);
@@ -43,7 +43,13 @@ BOOL WINAPI onConsoleEvent(DWORD event) {
     case CTRL_C_EVENT:
     case CTRL_BREAK_EVENT:
     case CTRL_CLOSE_EVENT:
-        if (bridge) QMetaObject::invokeMethod(bridge, &request, Qt::QueuedConnection);
+        if (bridge)
+            QMetaObject::invokeMethod(
+                bridge,
+                [event] {
+                    request(event == CTRL_CLOSE_EVENT ? "the console's close" : "Ctrl+C in the console");
+                },
+                Qt::QueuedConnection);
         if (event == CTRL_CLOSE_EVENT && shutDown) WaitForSingleObject(shutDown, 4000);
         return TRUE;
     default:

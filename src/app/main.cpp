@@ -4,6 +4,7 @@
 #include "app/OperatorCommands.h"
 #include "app/ProgramDirChoice.h"
 #include "app/SignalBridge.h"
+#include "basics/OperatorLog.h"
 #include "basics/RuntimeError.h"
 #include "net/DescriptorLimit.h"
 #include "net/EventDispatcher.h"
@@ -14,6 +15,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QLockFile>
 #include <QMessageBox>
 
@@ -34,6 +36,19 @@ bool hasDisplay() {
 QString instanceLockPath() {
     QString user = qEnvironmentVariable("USER", qEnvironmentVariable("USERNAME", "user"));
     return QDir::tempPath() + "/tessark-server-" + user + ".lock";
+}
+
+// The operator's log as the settings ask for it. On Windows a program for the desktop has no
+// console to write to, so there the log always has a file, in the program directory unless the
+// settings name another.
+OperatorLogOptions logOptions(const ServerSettings& settings, const QString& programDir) {
+    OperatorLogOptions options = settings.log;
+#ifdef Q_OS_WIN
+    if (options.file.isEmpty()) options.file = programDir + "tessark-server.log";
+#else
+    Q_UNUSED(programDir);
+#endif
+    return options;
 }
 
 } // namespace
@@ -79,6 +94,26 @@ int main(int argc, char* argv[]) {
         return 0;
     }
 
+    // The server's own settings: a file given with --config must be there; the one beside
+    // tessark.ini is read when there is one. A setting that does not read stops the start.
+    const bool settingsNamed = !commandLine.settingsFile.isEmpty();
+    const QString settingsPath = settingsNamed ? QFileInfo(commandLine.settingsFile).absoluteFilePath()
+                                               : programDir.dir + kSettingsFileName;
+    const SettingsReading settings = readServerSettings(settingsPath, settingsNamed, programDir.dir);
+    operator_log::install(logOptions(settings.settings, programDir.dir));
+    if (!operator_log::fileError().isEmpty())
+        qCWarning(lcRun, "the log file %s cannot be written (%s): the log goes to standard error only",
+                  qUtf8Printable(settings.settings.log.file), qUtf8Printable(operator_log::fileError()));
+    if (!settings.ok()) {
+        for (const QString& error : settings.errors)
+            qCCritical(lcRun, "%s", qUtf8Printable(error));
+        qCCritical(lcRun, "not started: the settings must be mended first");
+        if (!headless)
+            QMessageBox::critical(nullptr, kProgramTitle,
+                                  "The settings cannot be read:\n\n" + settings.errors.join("\n"));
+        return 1;
+    }
+
     descriptors::raiseSoftLimit();
     std::unique_ptr<Server> server;
     if (!headless) {
@@ -88,13 +123,29 @@ int main(int argc, char* argv[]) {
         window = std::make_unique<StatusWindow>();
         display = window.get();
     }
-    server = std::make_unique<Server>(*display, programDir.dir);
+    const ServerSettings& s = settings.settings;
+    const Ports ports{s.listenPoint(PortRole::Players).port, s.listenPoint(PortRole::Awacs).port,
+                      s.listenPoint(PortRole::Sims).port, s.listenPoint(PortRole::AiSpy).port};
+    server = std::make_unique<Server>(*display, programDir.dir, ports);
+    server->useSettings(settingsPath, settingsNamed, settings);
+    QObject::connect(server.get(), &Server::settingsChanged, server.get(),
+                     [dir = programDir.dir](const ServerSettings& changed) {
+                         operator_log::apply(logOptions(changed, dir));
+                     });
     if (window) window->attach(*server);
+    // Signals are taken from here on: a write to a peer that went away is that write's error,
+    // never the end of the process, and a request to stop waits for the loop.
+    SignalBridge signals_;
+    QObject::connect(&signals_, &SignalBridge::terminationRequested, server.get(),
+                     [&server](const QString& why) { server->exit(why); });
+    QObject::connect(&signals_, &SignalBridge::reloadRequested, server.get(),
+                     [&server] { server->reload("SIGHUP"); });
     display->addTrayIcon(Server::title());
 
     try {
         server->start();
     } catch (const RuntimeError& e) {
+        qCCritical(lcRun, "not started: run-time error %d (%s)", e.number, e.what());
         display->messageBox(QString::fromStdString(runTimeErrorText(e)), kProgramTitle,
                             MessageIcon::Critical);
         return 1;
@@ -105,7 +156,5 @@ int main(int argc, char* argv[]) {
     // the status window refuses (its close box only hides it), which would cancel the exit.
     QObject::connect(
         server.get(), &Server::finished, app.get(), [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
-    SignalBridge signals_;
-    QObject::connect(&signals_, &SignalBridge::terminationRequested, server.get(), &Server::exit);
     return app->exec();
 }

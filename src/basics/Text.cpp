@@ -100,6 +100,22 @@ QString display(std::string_view s) {
     return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size()));
 }
 
+QString printable(std::string_view s, size_t maxChars) {
+    const bool cut = s.size() > maxChars;
+    if (cut) s = s.substr(0, maxChars);
+    QString shown;
+    shown.reserve(static_cast<qsizetype>(s.size()));
+    for (unsigned char c : s) {
+        // C0 and C1 controls and DEL: a C1 byte read as Latin-1 is a terminal's control too.
+        if (c < 0x20 || c == 0x7f || (c >= 0x80 && c < 0xa0))
+            shown += QString("\\x%1").arg(c, 2, 16, QChar('0'));
+        else
+            shown += QChar(c);
+    }
+    if (cut) shown += "...";
+    return shown;
+}
+
 std::vector<std::string> splitLines(std::string_view bytes) {
     std::vector<std::string> lines;
     size_t start = 0;

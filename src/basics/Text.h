@@ -48,6 +48,10 @@ inline std::string number(long long n) {
 
 // Protocol and file text is single-byte; it becomes a QString only to be shown or to name a file.
 QString display(std::string_view s);
+// Peer or file text as a line of the operator's log or a terminal may show it: control bytes
+// (CR, LF, escape, bell, DEL...) written as \xNN so they cannot forge lines or steer a
+// terminal, and text beyond maxChars cut with "...".
+QString printable(std::string_view s, size_t maxChars = 80);
 
 // The lines of a text file as read: CR LF, a lone LF and a lone CR each end a line, and a last
 // line without an end counts too. Line ends are removed.

@@ -1,5 +1,6 @@
 #include "net/Listener.h"
 
+#include "basics/OperatorLog.h"
 #include "basics/RuntimeError.h"
 #include "net/DescriptorLimit.h"
 
@@ -38,8 +39,38 @@ Listener::~Listener() {
     std::erase(listeners, this);
 }
 
-void Listener::listen(quint16 port) {
-    if (!server_.listen(QHostAddress::Any, port)) throw RuntimeError(10048, "Address in use");
+void Listener::listen(const QHostAddress& address, quint16 port, std::string_view peerKind) {
+    if (server_.listen(address, port)) {
+        qCInfo(lcRun, "listening for %s connections on %s port %u", std::string(peerKind).c_str(),
+               qUtf8Printable(address == QHostAddress::Any ? QString("every address") : address.toString()),
+               static_cast<unsigned>(server_.serverPort()));
+        return;
+    }
+    const QString where =
+        QString("port %1 on %2")
+            .arg(port)
+            .arg(address == QHostAddress::Any ? QString("every address") : address.toString());
+    RuntimeError error(10048, "Address in use");
+    QString why;
+    switch (server_.serverError()) {
+    case QAbstractSocket::AddressInUseError:
+        why = "another program holds it (is a Tessark Server already running as another user or a service?)";
+        break;
+    case QAbstractSocket::SocketAccessError:
+        why = "this user may not listen there (ports below 1024 need privileges)";
+        error = RuntimeError(10013, "Permission denied");
+        break;
+    case QAbstractSocket::SocketAddressNotAvailableError:
+        why = "that address is not one of this machine's";
+        error = RuntimeError(10049, "Address not available");
+        break;
+    default:
+        why = server_.errorString();
+        break;
+    }
+    qCCritical(lcRun, "cannot listen for %s connections on %s: %s", std::string(peerKind).c_str(),
+               qUtf8Printable(where), qUtf8Printable(why));
+    throw error;
 }
 
 void Listener::close() {

@@ -3,6 +3,8 @@
 #include <QTcpServer>
 #include <QTimer>
 
+#include <string_view>
+
 // A listening socket control. Each incoming connection is raised as a connection request
 // carrying its identifier; a request that no handler accepts is refused once the event is over.
 class Listener : public QObject {
@@ -10,8 +12,10 @@ class Listener : public QObject {
   public:
     explicit Listener(QObject* parent = nullptr);
     ~Listener() override;
-    // Listens on the port (0: any free port); "Address in use" when it cannot.
-    void listen(quint16 port);
+    // Listens on the address and port (0: any free port). When it cannot, the operator's log
+    // says which port of whom ("players"), on which address, and why, and the run-time error
+    // raised is the classic one for the cause: "Address in use" when another program holds it.
+    void listen(const QHostAddress& address, quint16 port, std::string_view peerKind);
     void close();
     bool isListening() const { return server_.isListening(); }
     quint16 port() const { return server_.serverPort(); }

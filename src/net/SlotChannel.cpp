@@ -1,6 +1,23 @@
 #include "net/SlotChannel.h"
 
 #include "net/ArrivalService.h"
+#include "net/PeerAddress.h"
+
+#include <QDateTime>
+
+namespace {
+QLatin1String latin(std::string_view s) {
+    return QLatin1String(s.data(), static_cast<qsizetype>(s.size()));
+}
+
+QString connectedFor(const SocketElement& element) {
+    const qint64 seconds = element.connectedSince().secsTo(QDateTime::currentDateTime());
+    return QString("%1:%2:%3")
+        .arg(seconds / 3600, 2, 10, QChar('0'))
+        .arg(seconds / 60 % 60, 2, 10, QChar('0'))
+        .arg(seconds % 60, 2, 10, QChar('0'));
+}
+} // namespace
 
 SlotChannel::SlotChannel(const ChannelNames& names, RunLogs logs) : SlotChannel(names, logs, nullptr) {}
 
@@ -16,12 +33,12 @@ SlotChannel::SlotChannel(const ChannelNames& names, RunLogs logs, SlotTable* sha
                      [this](int index, qint64) { serveArrival(index); });
     QObject::connect(&sockets_, &SocketArray::drained, &sockets_,
                      [this](int index) { resumeArrival(index); });
-    QObject::connect(&sockets_, &SocketArray::closed, &sockets_, [this](int index) {
-        if (departures_.closed) departures_.closed(static_cast<int16_t>(index));
-    });
-    QObject::connect(&sockets_, &SocketArray::error, &sockets_, [this](int index, int, const QString&) {
-        if (departures_.failed) departures_.failed(static_cast<int16_t>(index));
-    });
+    QObject::connect(&sockets_, &SocketArray::closed, &sockets_,
+                     [this](int index) { depart(index, departures_.closed, "closed by the peer"); });
+    QObject::connect(&sockets_, &SocketArray::error, &sockets_,
+                     [this](int index, int, const QString& description) {
+                         depart(index, departures_.failed, "failed (" + description + ")");
+                     });
 }
 
 void SlotChannel::serve(std::vector<Command> commands, Departures departures) {
@@ -37,7 +54,36 @@ void SlotChannel::accept(qintptr requestId) {
     const int slot = lowestFreeSlot(slots_);
     trap([&] { sockets_.load(slot); });
     slots_[static_cast<size_t>(slot)] = true;
-    trap([&] { sockets_.accept(slot, requestId); });
+    if (trap([&] { sockets_.accept(slot, requestId); }))
+        tell(slot, "connected");
+    else if (slot == 0)
+        refusals_.note(QString("%1 connections refused").arg(latin(names_.peerKind)),
+                       QString("%1 connection from %2 refused: all %3 slots are taken")
+                           .arg(latin(names_.peerKind), peerAddressOf(requestId).toString())
+                           .arg(kMaxSlot));
+}
+
+void SlotChannel::tell(int slot, const QString& what) {
+    const SocketElement* element = sockets_.find(slot);
+    const QString address = element ? element->peerAddress() : QString();
+    peerEvents_.note(QString("%1 connection events from %2")
+                         .arg(latin(names_.peerKind), address.left(address.lastIndexOf(':'))),
+                     describe(slot) + " " + what);
+}
+
+QString SlotChannel::describe(int slot) {
+    QString text = QString("%1 connection %2").arg(latin(names_.peerKind)).arg(slot);
+    if (SocketElement* element = sockets_.find(slot); element && !element->peerAddress().isEmpty())
+        text += " (" + element->peerAddress() + ")";
+    return text;
+}
+
+void SlotChannel::depart(int slot, const std::function<void(int16_t)>& departure, const QString& why) {
+    departure_ = why;
+    if (departure) departure(static_cast<int16_t>(slot));
+    // A departure that keeps the slot (a failed AWACS connection is only closed) is told here.
+    if (!departure_.isEmpty() && taken(slot)) tell(slot, why);
+    departure_.clear();
 }
 
 // A VALEND in the middle of an arrival unloads the socket; the messages after it are still
@@ -65,12 +111,21 @@ void SlotChannel::handle(int16_t slot, const Message& message, ErrorTrap& trap) 
         if (command.logged && logs_.on())
             logs_.write(
                 trafficLine(names_.arrivedLabel, std::to_string(slot), message.command, message.data));
+        commandServed_ = command.word;
         command.handle(slot, message.data, trap);
+        commandServed_ = {};
         return;
     }
 }
 
 void SlotChannel::release(int16_t slot, ErrorTrap& trap) {
+    if (SocketElement* element = sockets_.find(slot)) {
+        const QString why = !departure_.isEmpty()     ? departure_
+                            : !commandServed_.empty() ? "left (" + latin(commandServed_) + ")"
+                                                      : QString("let go");
+        tell(slot, why + " after " + connectedFor(*element));
+    }
+    departure_.clear();
     trap([&] { sockets_.unload(slot); });
     slots_[static_cast<size_t>(slot)] = false;
 }

@@ -5,11 +5,15 @@
 // SIM clients each have one; the component that owns a channel's lists declares its commands
 // and what happens when a connection goes, and the channel does the rest the same way for all.
 #include "basics/ErrorTrap.h"
+#include "basics/OperatorLog.h"
+#include "basics/RepeatSummary.h"
 #include "basics/RunLogs.h"
 #include "basics/VbList.h"
 #include "net/Message.h"
 #include "net/SlotTable.h"
 #include "net/SocketArray.h"
+
+#include <QString>
 
 #include <cstdint>
 #include <functional>
@@ -25,6 +29,7 @@ struct ChannelNames {
     std::string_view send;              // one send to a slot
     std::string_view arrivedLabel;      // "Command arrived from ... #"
     std::string_view sentLabel;         // "Command sent to ... #"
+    std::string_view peerKind;          // "player", as the operator's log and status name the peers
 };
 
 // One row of a component's command table: the command word, whether its arrival is written to
@@ -77,7 +82,9 @@ class SlotChannel {
     }
     void serve(std::vector<Command> commands, Departures departures);
 
-    void listen(quint16 port) { sockets_.listen(port); }
+    void listen(const QHostAddress& address, quint16 port) {
+        sockets_.listen(address, port, names_.peerKind);
+    }
     void closeListener() { sockets_.closeListener(); }
     quint16 port() const { return sockets_.port(); }
 
@@ -103,6 +110,12 @@ class SlotChannel {
     bool writeOut();
 
     SocketArray& sockets() { return sockets_; }
+    const ChannelNames& names() const { return names_; }
+    // "player connection 3 (192.168.1.20:50412)", as the operator's log names a connection.
+    QString describe(int slot);
+    // One line of the operator's log about the slot's connection: "<describe> <what>". A flood
+    // from one address is summarised.
+    void tell(int slot, const QString& what);
 
   private:
     SlotChannel(const ChannelNames& names, RunLogs logs, SlotTable* shared);
@@ -110,7 +123,14 @@ class SlotChannel {
     void serveArrival(int slot);
     void resumeArrival(int slot);
     void handle(int16_t slot, const Message& message, ErrorTrap& trap);
+    // A departure event of the slot's connection, with why it ended for the operator's log.
+    void depart(int slot, const std::function<void(int16_t)>& departure, const QString& why);
 
+    // Why a connection being released goes: the departure event being served, else the command.
+    QString departure_;
+    std::string_view commandServed_;
+    RepeatSummary peerEvents_{lcPeers};
+    RepeatSummary refusals_{lcAccess};
     ChannelNames names_;
     RunLogs logs_;
     SlotTable ownSlots_{};

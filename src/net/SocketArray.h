@@ -18,7 +18,9 @@ class SocketArray : public QObject {
     static constexpr int kMaxIndex = kMaxSlot;
     explicit SocketArray(QObject* parent = nullptr);
 
-    void listen(quint16 port) { listener_.listen(port); }
+    void listen(const QHostAddress& address, quint16 port, std::string_view peerKind) {
+        listener_.listen(address, port, peerKind);
+    }
     void closeListener() { listener_.close(); }
     quint16 port() const { return listener_.port(); }
 

@@ -12,8 +12,8 @@
 namespace {
 
 constexpr ChannelNames kNames{
-    "WS1_ConnectionRequest",         "WS1_DataArrival",         "ParseData", "SendCommand",
-    "Command arrived from Player #", "Command sent to Player #"};
+    "WS1_ConnectionRequest",         "WS1_DataArrival",          "ParseData", "SendCommand",
+    "Command arrived from Player #", "Command sent to Player #", "player"};
 
 using Data = std::string_view;
 

@@ -49,6 +49,8 @@ void PlayerSessions::addPlayer(std::string_view name, int16_t slot) {
     added.slot = slot;
     added.mark = "-";
     showRoster();
+    channel_.tell(
+        slot, QString("registered as \"%1\" (player %2)").arg(text::printable(name)).arg(roster_.ubound()));
     awacs_.sendToAwacs("NEWCLT", playerAnnouncement(slot, name));
     sendToEveryPlayer("PLSNEW", describe(roster_.ubound()));
 }
@@ -87,6 +89,13 @@ void PlayerSessions::markVerification(std::string_view verdict, int16_t slot) {
         if (roster_[i].slot != slot) continue;
         if (!mark.empty()) roster_[i].mark = mark;
         position = i;
+    }
+    if (position > 0 && !mark.empty()) {
+        const PlayerRecord& p = roster_[position];
+        const char* word = mark == "O" ? "verified" : mark == "X" ? "failed" : "not verified";
+        channel_.tell(slot, QString("\"%1\": %2 (%3) against setup \"%4\"")
+                                .arg(text::printable(p.name), word, QString::fromStdString(mark),
+                                     text::printable(p.setupName)));
     }
     sendToEveryPlayer("PLSUPD", describe(position));
     showRoster();

@@ -1,6 +1,8 @@
 #include "relay/AiSpyLink.h"
 
+#include "basics/OperatorLog.h"
 #include "net/Framing.h"
+#include "net/PeerAddress.h"
 #include "relay/AiSpyText.h"
 #include "relay/AwacsClients.h"
 
@@ -12,18 +14,24 @@ AiSpyLink::AiSpyLink(AwacsClients& awacs, RunLogs logs, StatusDisplay& display)
                      [this](int, qint64) { serveArrival(); });
     QObject::connect(&connection_, &SocketElement::closed, &connection_, [this](int) { onClosed(); });
     QObject::connect(&connection_, &SocketElement::error, &connection_,
-                     [this](int, int, const QString&) { onFailed(); });
+                     [this](int, int, const QString& description) { onFailed(description); });
 }
 
 // One AI Spy at a time: a second one that connects while the first is up gets no answer.
 void AiSpyLink::accept(qintptr requestId) {
     ErrorTrap trap(logs_.errors, "WS5_ConnectionRequest");
-    if (connection_.state() == SocketElement::Connected) return;
+    if (connection_.state() == SocketElement::Connected) {
+        refusals_.note("AI Spy connections refused", "AI Spy connection from " +
+                                                         peerAddressOf(requestId).toString() +
+                                                         " refused: the AI Spy link is in use");
+        return;
+    }
     if (connection_.state() != SocketElement::Closed) connection_.close();
-    trap([&] {
-        connection_.accept(requestId);
-        listener_.take(requestId);
-    });
+    if (trap([&] {
+            connection_.accept(requestId);
+            listener_.take(requestId);
+        }))
+        qCInfo(lcPeers, "AI Spy link up (%s)", qUtf8Printable(connection_.peerAddress()));
     display_.showAiSpyState(true);
 }
 
@@ -41,10 +49,13 @@ void AiSpyLink::serveArrival() {
 }
 
 void AiSpyLink::onClosed() {
+    qCInfo(lcPeers, "AI Spy link down (%s): closed by the peer", qUtf8Printable(connection_.peerAddress()));
     display_.showAiSpyState(false);
 }
 
-void AiSpyLink::onFailed() {
+void AiSpyLink::onFailed(const QString& description) {
+    qCInfo(lcPeers, "AI Spy link down (%s): failed (%s)", qUtf8Printable(connection_.peerAddress()),
+           qUtf8Printable(description));
     display_.showAiSpyState(false);
     if (connection_.state() != SocketElement::Closed) connection_.close();
 }

@@ -1,6 +1,8 @@
 #pragma once
 // The AI Spy link (port 5554): one connection at a time, its updates converted and relayed to
 // every AWACS client as "AILOCA".
+#include "basics/OperatorLog.h"
+#include "basics/RepeatSummary.h"
 #include "basics/RunLogs.h"
 #include "basics/StatusDisplay.h"
 #include "net/Listener.h"
@@ -16,7 +18,7 @@ class AiSpyLink {
   public:
     AiSpyLink(AwacsClients& awacs, RunLogs logs, StatusDisplay& display);
 
-    void listen(quint16 port) { listener_.listen(port); }
+    void listen(const QHostAddress& address, quint16 port) { listener_.listen(address, port, "AI Spy"); }
     void closeListener() { listener_.close(); }
     quint16 port() const { return listener_.port(); }
 
@@ -31,11 +33,12 @@ class AiSpyLink {
     void accept(qintptr requestId);
     void serveArrival();
     void onClosed();
-    void onFailed();
+    void onFailed(const QString& description);
 
     AwacsClients& awacs_;
     RunLogs logs_;
     StatusDisplay& display_;
     SocketElement connection_{0};
     Listener listener_;
+    RepeatSummary refusals_{lcAccess};
 };

@@ -10,7 +10,8 @@ constexpr ChannelNames kNames{"WS2_ConnectionRequest",
                               "ParseData2",
                               "SendCommand2",
                               "Command arrived from AWACS Client #",
-                              "Command sent to AWACS Client #"};
+                              "Command sent to AWACS Client #",
+                              "AWACS client"};
 
 constexpr CommandRow<AwacsClients> kCommands[] = {
     {"NAWACS", true, [](AwacsClients& c, int16_t slot, std::string_view, ErrorTrap&) { c.addClient(slot); }},
@@ -50,6 +51,7 @@ void AwacsClients::addClient(int16_t slot) {
         listings += listed_[k] == slot;
     if (!trap.require(listings < kMaxListingsPerSlot, tooManyListings)) return;
     listed_.append(slot);
+    channel_.tell(slot, QString("registered (%1 AWACS clients listed)").arg(listed_.ubound()));
     showCount();
 
     // The picture so far, to the newcomer only: players first, then the simulators' airplanes.

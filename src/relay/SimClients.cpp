@@ -12,7 +12,8 @@ constexpr ChannelNames kNames{"WS3_ConnectionRequest",
                               "ParseData3",
                               "SendCommand3",
                               "Command arrived from SIM Client #",
-                              "Command sent to SIM Client #"};
+                              "Command sent to SIM Client #",
+                              "SIM client"};
 
 using Row = CommandRow<SimClients>;
 constexpr Row kCommands[] = {
@@ -86,6 +87,9 @@ void SimClients::addSimulator(std::string_view data, int16_t slot) {
             trap.require(places <= kMaxPlaces - placesOnSlot, tooManyListings))
             record.airplanes = VbList<int16_t>::withUpperBound(places);
     }
+    channel_.tell(slot, QString("registered simulator \"%1\" with %2 places")
+                            .arg(text::printable(record.name))
+                            .arg(record.airplanes.ubound()));
     showCount();
 }
 

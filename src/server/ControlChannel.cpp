@@ -65,7 +65,8 @@ void ControlChannel::serve(QLocalSocket* socket) {
         socket->disconnectFromServer();
         // "Exit" runs once the answer is on its way, as a command of its own.
         if (words.value(0) == "exit")
-            QMetaObject::invokeMethod(&server_, &Server::exit, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                &server_, [this] { server_.exit("the exit command"); }, Qt::QueuedConnection);
     });
 }
 
@@ -74,6 +75,9 @@ ControlAnswer ControlChannel::answer(const QStringList& words) {
     const QString command = words.value(0);
     if (command == "status" && words.size() == 1) {
         reply.out = statusReport(server_);
+    } else if (command == "reload" && words.size() == 1) {
+        server_.reload("the reload command");
+        reply.out = QString("Reloaded: %1 setups listed.\n").arg(server_.setups().list().ubound());
     } else if (command == "exit" && words.size() == 1) {
         reply.out = "Tessark Server is shutting down.\n";
     } else if (command == "setups") {

@@ -2,6 +2,7 @@
 
 #include "basics/ErrorTrap.h"
 #include "basics/IniFile.h"
+#include "basics/OperatorLog.h"
 #include "basics/Timestamp.h"
 #include "players/PlayerSessions.h"
 #include "relay/AiSpyLink.h"
@@ -57,7 +58,25 @@ QString Server::title() {
         .arg(TESSARK_VERSION_PATCH);
 }
 
+void Server::useSettings(const QString& path, bool required, const SettingsReading& reading) {
+    settingsPath_ = path;
+    settingsRead_ = reading;
+    settingsRequired_ = required;
+    settings_ = reading.settings;
+}
+
 void Server::start() {
+    startedAt_ = QDateTime::currentDateTime();
+    qCInfo(lcRun, "Tessark Server %d.%d.%d starting in %s", TESSARK_VERSION_MAJOR, TESSARK_VERSION_MINOR,
+           TESSARK_VERSION_PATCH, qUtf8Printable(appDir_));
+    if (settingsRead_.path.isEmpty())
+        qCInfo(lcRun, "settings: no %s, the defaults serve",
+               qUtf8Printable(settingsPath_.isEmpty() ? QString(kSettingsFileName) : settingsPath_));
+    else
+        qCInfo(lcRun, "settings read from %s", qUtf8Printable(settingsRead_.path));
+    for (const QString& warning : settingsRead_.warnings)
+        qCWarning(lcRun, "%s", qUtf8Printable(warning));
+
     // The lists start with their one unused element 0.
     players_->reset();
     awacs_->reset();
@@ -77,20 +96,57 @@ void Server::start() {
         logOn = readIni("DEBUG", "LOG", iniFile_) == "1";
     }
     errorLog_.setEnabled(logOn);
-    if (logOn && !trafficLog_.open(appDir_ + "TessarkSrvLog.txt"))
-        throw RuntimeError(75, "Path/File access error");
+    if (logOn) {
+        qCInfo(lcRun,
+               "logging is on (LOG=1): traffic to %sTessarkSrvLog.txt, the first run-time error to "
+               "%s ends the server",
+               qUtf8Printable(appDir_), qUtf8Printable(errorLog_.path()));
+        if (!trafficLog_.open(appDir_ + "TessarkSrvLog.txt")) {
+            qCCritical(lcRun, "the traffic log %sTessarkSrvLog.txt cannot be opened",
+                       qUtf8Printable(appDir_));
+            throw RuntimeError(75, "Path/File access error");
+        }
+    }
 
     setups_->loadFiles();
 
-    playerChannel_->listen(requestedPorts_.players);
-    awacsChannel_->listen(requestedPorts_.awacs);
-    simChannel_->listen(requestedPorts_.sims);
-    aiSpy_->listen(requestedPorts_.aiSpy);
+    playerChannel_->listen(settings_.listenPoint(PortRole::Players).address, requestedPorts_.players);
+    awacsChannel_->listen(settings_.listenPoint(PortRole::Awacs).address, requestedPorts_.awacs);
+    simChannel_->listen(settings_.listenPoint(PortRole::Sims).address, requestedPorts_.sims);
+    aiSpy_->listen(settings_.listenPoint(PortRole::AiSpy).address, requestedPorts_.aiSpy);
     keepAlive_.start();
     // Without it the server still serves its ports; only the command line cannot reach it.
-    if (!control_->listen())
+    if (!control_->listen()) {
+        qCWarning(lcRun, "the control channel is in use by another server: status, exit and setups "
+                         "commands cannot reach this one");
         display_.messageBox("The control channel is in use by another server.", kProgramTitle,
                             MessageIcon::Information);
+    }
+    qCInfo(lcRun, "ready");
+}
+
+void Server::reload(const QString& why) {
+    qCInfo(lcRun, "reloading (%s)", qUtf8Printable(why));
+    operator_log::reopenFile();
+    if (!settingsPath_.isEmpty()) {
+        const SettingsReading reading = readServerSettings(settingsPath_, settingsRequired_, appDir_);
+        for (const QString& warning : reading.warnings)
+            qCWarning(lcRun, "%s", qUtf8Printable(warning));
+        if (!reading.ok()) {
+            for (const QString& error : reading.errors)
+                qCCritical(lcRun, "%s", qUtf8Printable(error));
+            qCWarning(lcRun, "the settings were not changed");
+        } else {
+            for (const QString& kept : settingsNeedingRestart(settings_, reading.settings))
+                qCWarning(lcRun, "changed %s", qUtf8Printable(kept));
+            const auto listen = settings_.listen;
+            settings_ = reading.settings;
+            settings_.listen = listen;
+            settingsRead_ = reading;
+            emit settingsChanged(settings_);
+        }
+    }
+    setups_->reload();
 }
 
 void Server::sendKeepAlive() {
@@ -131,12 +187,14 @@ void Server::unload() {
     if (logOn()) trafficLog_.close();
 }
 
-void Server::exit() {
+void Server::exit(const QString& why) {
     // A second request (another signal, Exit while shutting down) finds the work done or under way.
     if (exiting_) return;
     exiting_ = true;
+    qCInfo(lcRun, "shutting down (%s)", qUtf8Printable(why));
     if (!queryUnload(false)) return;
     unload();
+    qCInfo(lcRun, "stopped");
     emit finished();
 }
 

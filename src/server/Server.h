@@ -7,7 +7,9 @@
 #include "basics/StatusDisplay.h"
 #include "basics/TrafficLog.h"
 #include "net/SlotChannel.h"
+#include "server/ServerSettings.h"
 
+#include <QDateTime>
 #include <QObject>
 #include <QTimer>
 
@@ -40,10 +42,20 @@ class Server : public QObject {
     // "QUILLON v1.1.0b", from the program's version.
     static QString title();
 
+    // The server's own settings as read from `path` (required: named by the operator), before
+    // start(); the reading's warnings are told at start and a reload reads the same path
+    // again. Without it the defaults serve.
+    void useSettings(const QString& path, bool required, const SettingsReading& reading);
+    const ServerSettings& settings() const { return settings_; }
+
     // Start-up from the tray icon on: program files, lists, configuration, logs, setups, the
     // four listeners and the operator's control channel. Throws RuntimeError when a port cannot
     // be had.
     void start();
+    // SIGHUP or the reload command: the log file reopened, the settings file and the setup
+    // catalogue read again. Settings that do not read keep the running ones (the errors are
+    // told); the listeners keep their addresses until the next start.
+    void reload(const QString& why);
     // Every 10 seconds: "SYNCRO" to every listed player, AWACS client and simulator, and the AI Spy.
     void sendKeepAlive();
     // Close request: from the window's close box it only hides (returns false); any other
@@ -52,7 +64,8 @@ class Server : public QObject {
     // What runs after a close was allowed: tray, listeners, "DISCON" to every peer, logs.
     void unload();
     // "Exit" from either menu, or a signal: close request by code, then unload; then finished().
-    void exit();
+    // `why` is told on the operator's log.
+    void exit(const QString& why = "Exit");
 
     bool logOn() const { return errorLog_.enabled(); }
     ErrorLog& errorLog() { return errorLog_; }
@@ -81,8 +94,12 @@ class Server : public QObject {
     // one budget (before the process ends).
     void flushAllSockets(int budgetMs);
 
+    QDateTime startedAt() const { return startedAt_; }
+
   signals:
     void finished();
+    // After a reload read new settings (the operator's log follows them).
+    void settingsChanged(const ServerSettings& settings);
 
   private:
     // Every numbered channel, in the order shutdown tells them.
@@ -93,6 +110,11 @@ class Server : public QObject {
     QString appDir_;
     QString iniFile_;
     Ports requestedPorts_;
+    ServerSettings settings_;
+    SettingsReading settingsRead_;
+    QString settingsPath_;
+    bool settingsRequired_ = false;
+    QDateTime startedAt_;
     ErrorLog::EndProgram endProgram_;
     ErrorLog errorLog_;
     TrafficLog trafficLog_;

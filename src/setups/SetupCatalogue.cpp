@@ -2,6 +2,7 @@
 
 #include "basics/ErrorTrap.h"
 #include "basics/IniFile.h"
+#include "basics/OperatorLog.h"
 #include "basics/RuntimeError.h"
 #include "basics/Text.h"
 #include "setups/SetupFile.h"
@@ -43,21 +44,34 @@ void SetupCatalogue::readList() {
 
 void SetupCatalogue::loadFiles() {
     ErrorTrap trap(errorLog_, "LoadSetups");
+    int loaded = 0;
     for (int i = 1; i <= setups_.ubound(); ++i) {
         SetupRecord& setup = setups_[i];
         QString path = localPath(setup.filePath);
         if (setup.filePath.empty() || !QFileInfo(path).isFile()) {
+            setup.problem = "not found";
+            qCWarning(lcSetups, "setup %d: %s not found; players are offered it with an empty name", i,
+                      qUtf8Printable(text::printable(setup.filePath, 260)));
             display_.messageBox("The File " + text::display(setup.filePath) + " was not found", "Error",
                                 MessageIcon::Critical);
             continue;
         }
-        trap([&] {
+        const bool read = trap([&] {
             SetupFileLines lines = readSetupFile(path);
             setup.name = lines.name;
             for (std::string& record : lines.records)
                 setup.lines.append(std::move(record));
         });
+        if (read) {
+            ++loaded;
+            continue;
+        }
+        setup.problem = "cannot be read";
+        qCWarning(lcSetups, "setup %d: %s cannot be read; players are offered it with an empty name", i,
+                  qUtf8Printable(text::printable(setup.filePath, 260)));
     }
+    qCInfo(lcSetups, "setup catalogue: %d listed in %s, %d loaded", static_cast<int>(setups_.ubound()),
+           qUtf8Printable(iniFile_), loaded);
 }
 
 void SetupCatalogue::writeList() {

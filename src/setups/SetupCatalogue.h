@@ -15,6 +15,9 @@ struct SetupRecord {
     std::string name;
     std::string filePath;
     VbList<std::string> lines;
+    // Why the file gave no name and lines ("not found", "cannot be read"); empty when it did.
+    // Players are offered such a setup all the same, with an empty name.
+    QString problem;
 };
 
 class SetupCatalogue {

@@ -193,7 +193,7 @@ void StatusWindow::closeEvent(QCloseEvent* event) {
 }
 
 void StatusWindow::onExit() {
-    if (server_) server_->exit();
+    if (server_) server_->exit("Exit from the menu");
 }
 
 void StatusWindow::onAddSetup() {
