@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
 
-#include "app/OperatorCommands.h"
+#include "app/CommandHelp.h"
 
 #include <QCommandLineParser>
 
@@ -47,11 +47,9 @@ CommandLine readCommandLine(const QStringList& arguments) {
                                     "FILE");
     parser.addOption(config);
     parser.addPositionalArgument("command",
-                                 "status: what the running server shows, and its connections.\n"
-                                 "exit: shut the running server down as \"Exit\" does.\n"
-                                 "setups list | create --name NAME [--file PATH]... [--no-sim-folder] "
-                                 "[--config ENTRY]... | import FILE | remove N | verify N:\n"
-                                 "the setups, through the running server or, with none, in the directory.",
+                                 "An operator's command for the server running in the program directory "
+                                 "(\"COMMAND --help\" tells each):\n" +
+                                     commandSynopses(),
                                  "[command]");
     // A command's own options (setups create --name ...) are its words, not the program's.
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);

@@ -1,5 +1,6 @@
 #include "app/OperatorCommands.h"
 
+#include "app/CommandHelp.h"
 #include "basics/ErrorLog.h"
 #include "server/ConsoleDisplay.h"
 #include "server/ControlChannel.h"
@@ -49,11 +50,11 @@ ControlAnswer setupsOnDirectory(const QString& programDir, const QStringList& wo
 
 } // namespace
 
-bool isOperatorCommand(const QString& word) {
-    return word == "status" || word == "exit" || word == "reload" || word == "setups";
-}
-
 int runOperatorCommand(const QString& programDir, const QStringList& words) {
+    if (const std::optional<QString> help = commandHelp(words)) {
+        std::fputs(help->toLocal8Bit().constData(), stdout);
+        return 0;
+    }
     std::optional<ControlAnswer> answer = askRunningServer(programDir, words);
     if (!answer && words.value(0) == "setups") answer = setupsOnDirectory(programDir, words);
     if (!answer)

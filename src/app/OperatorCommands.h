@@ -8,9 +8,6 @@
 // Exit statuses beyond a command's own: no server answers in the directory.
 inline constexpr int kNoServerRunning = 3;
 
-// True for the words that start an operator's command.
-bool isOperatorCommand(const QString& word);
-
 // Runs the command (its words, from the command name on) and prints its output; returns the
 // process's exit status.
 int runOperatorCommand(const QString& programDir, const QStringList& words);
