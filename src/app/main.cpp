@@ -5,6 +5,7 @@
 #include "app/ProgramDirChoice.h"
 #include "app/SignalBridge.h"
 #include "basics/OperatorLog.h"
+#include "basics/PrivateDir.h"
 #include "basics/RuntimeError.h"
 #include "net/DescriptorLimit.h"
 #include "net/EventDispatcher.h"
@@ -32,10 +33,11 @@ bool hasDisplay() {
 #endif
 }
 
-// One server per user: the lock lives in the user's temporary directory.
-QString instanceLockPath() {
-    QString user = qEnvironmentVariable("USER", qEnvironmentVariable("USERNAME", "user"));
-    return QDir::tempPath() + "/tessark-server-" + user + ".lock";
+// One server per user: the lock lives where only the user can create it, so that another local
+// user cannot keep the server from starting with a lock file of their own.
+QString instanceLockPath(QString* error) {
+    const QString dir = privateRuntimeDir(error);
+    return dir.isEmpty() ? QString() : dir + "/instance.lock";
 }
 
 // The operator's log as the settings ask for it. On Windows a program for the desktop has no
@@ -84,7 +86,14 @@ int main(int argc, char* argv[]) {
     std::unique_ptr<StatusWindow> window;
     StatusDisplay* display = &console;
 
-    QLockFile instanceLock(instanceLockPath());
+    QString whyNoLock;
+    const QString lockPath = instanceLockPath(&whyNoLock);
+    if (lockPath.isEmpty()) {
+        tellUser(QString("%1: no place for the single-instance lock: %2").arg(kExecutableName, whyNoLock),
+                 stderr);
+        return 1;
+    }
+    QLockFile instanceLock(lockPath);
     instanceLock.setStaleLockTime(0);
     if (!instanceLock.tryLock(0)) {
         if (headless)

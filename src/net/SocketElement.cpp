@@ -24,6 +24,7 @@ constexpr size_t kInboxKeptCapacity = 64 * 1024;
 // it over once the event is over; an element that goes away leaves the list first.
 std::vector<SocketElement*> gathering;
 bool handOverPosted = false;
+qint64 handedOver = 0;
 } // namespace
 
 SocketElement::SocketElement(int index, QObject* parent) : QObject(parent), index_(index) {}
@@ -320,6 +321,7 @@ void SocketElement::handOver(std::span<SocketElement* const> elements) {
 // The pieces the system did not take join the socket's queue; the outbox is empty again.
 void SocketElement::finishHandOver(std::span<const std::string_view> pieces, size_t taken) {
     for (std::string_view view : pieces) {
+        handedOver += static_cast<qint64>(view.size());
         const size_t skip = std::min(taken, view.size());
         taken -= skip;
         if (skip < view.size()) {
@@ -357,6 +359,10 @@ bool SocketElement::writeOut() {
     if (!socket_ || socket_->state() != QAbstractSocket::ConnectedState) return false;
     socket_->flush();
     return socket_->bytesToWrite() > 0;
+}
+
+qint64 SocketElement::bytesHandedOver() {
+    return handedOver;
 }
 
 bool SocketElement::writeOutClosed() {

@@ -107,6 +107,8 @@ class SocketElement : public QObject {
 
     // writeOut() for every connection closed by the server that still holds output.
     static bool writeOutClosed();
+    // Bytes handed to connections since start, all of them together.
+    static qint64 bytesHandedOver();
 
   signals:
     void dataArrival(int index, qint64 bytes);

@@ -34,6 +34,10 @@ class AwacsClients {
     // F4LOCA (the whole payload under the player's slot) and converted AI Spy text.
     void relayPlayerPosition(std::string_view data, int16_t slot);
     void relayAiTraffic(std::string_view text);
+    // A simulator airplane's position: its number "@" the report's text.
+    void relayAirplanePosition(int16_t airplane, std::string_view text);
+    // Reports relayed since start (each counts once, whatever the number of clients).
+    qint64 reportsRelayed() const { return reportsRelayed_; }
 
     // One message to every listed client, in list order.
     void sendToAwacs(std::string_view command, std::string_view data);
@@ -54,4 +58,5 @@ class AwacsClients {
     std::vector<const PictureSource*> sources_;
     PlayerAudience* audience_ = nullptr;
     VbList<int16_t> listed_;
+    qint64 reportsRelayed_ = 0;
 };

@@ -3,7 +3,6 @@
 #include "basics/Text.h"
 #include "relay/AirplaneText.h"
 #include "relay/AwacsClients.h"
-#include "relay/FlightRelay.h"
 
 namespace {
 
@@ -141,7 +140,7 @@ void SimClients::relayPosition(std::string_view data, int16_t slot) {
         trap.raise(errors::subscriptOutOfRange());
         return;
     }
-    awacs_.sendToAwacs("INDATA", numbered(n, fields.text));
+    awacs_.relayAirplanePosition(n, fields.text);
 }
 
 void SimClients::dropSimulator(int16_t slot) {

@@ -1,20 +1,27 @@
 #pragma once
-// The operator's command line reaching a running server: a local socket that only the same user
-// can open (nothing new on the network), in the program directory (".tessark-server.control";
-// on Windows a named pipe named after it), so each directory's server has its own. One request per
-// connection: the command-line words after the options, as a JSON array of strings and a newline; one answer:
-// {"status": n, "out": text, "err": text} and a newline.
+// The operator's command line reaching a running server: a local socket that only the server's
+// user can open (nothing new on the network). It lies in the program directory when only that
+// user may create entries there (".tessark-server.control"), else in the user's own private
+// runtime directory under a name made from the program directory; on Windows it is a named pipe
+// of the user's own. Each directory's server has its own.
 //
-//   status              what the status window shows, and each connection
+// One request per connection, a JSON object and a newline: {"words": [...], "content": base64}
+// (the command-line words after the options; the bytes of a file a setups command stores). One
+// answer: {"status": n, "out": text, "err": text} and a newline.
+//
+//   status [--json]     what the status window shows, and each connection
 //   exit                what "Exit" does (the answer goes out first)
-//   setups ...          the setup commands, on the running server's own catalogue
+//   reload              what SIGHUP does
+//   setups ...          the catalogue's requests (see serveCatalogueRequest)
 #include <QLocalServer>
 #include <QString>
 #include <QStringList>
 
 class Server;
 
-// The local socket's name for a program directory (the same text the server was given).
+// Where the command line looks for the server of a program directory, most likely first.
+QStringList controlChannelNames(const QString& programDir);
+// Where the server of a program directory listens.
 QString controlChannelName(const QString& programDir);
 
 struct ControlAnswer {
@@ -26,16 +33,17 @@ struct ControlAnswer {
 class ControlChannel : public QObject {
     Q_OBJECT
   public:
-    // Requests and answers are small; anything longer is not a request.
-    static constexpr qint64 kMaxRequestBytes = 64 * 1024;
+    // A request holds at most a setup file (see FileLimits) and its words, base64 and all.
+    static constexpr qint64 kMaxRequestBytes = 8 * 1024 * 1024;
 
     explicit ControlChannel(Server& server);
     // False when the name cannot be had (another server of the same directory holds it).
     bool listen();
     void close() { local_.close(); }
+    QString name() const { return local_.fullServerName(); }
 
     // The answer to one request, as a server gives it.
-    ControlAnswer answer(const QStringList& words);
+    ControlAnswer answer(const QStringList& words, const QByteArray& content = {});
 
   private:
     void serve(class QLocalSocket* socket);

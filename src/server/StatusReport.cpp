@@ -1,30 +1,11 @@
 #include "server/StatusReport.h"
 
 #include "basics/Text.h"
-#include "players/PlayerSessions.h"
-#include "relay/AiSpyLink.h"
-#include "relay/AwacsClients.h"
-#include "relay/SimClients.h"
-#include "server/Server.h"
 
-#include <QDateTime>
+#include <QJsonArray>
 #include <QTextStream>
 
 namespace {
-
-// The window's images in words.
-QString markWord(const std::string& mark) {
-    switch (PlayerSessions::imageOfMark(mark)) {
-    case 1:
-        return "verified";
-    case 2:
-        return "failed";
-    case 3:
-        return "not verified";
-    default:
-        return "-";
-    }
-}
 
 QString duration(qint64 seconds) {
     return QString("%1:%2:%3")
@@ -33,43 +14,87 @@ QString duration(qint64 seconds) {
         .arg(seconds % 60, 2, 10, QChar('0'));
 }
 
-void connectionLine(QTextStream& out, const QString& who, const SocketElement& element,
-                    const QDateTime& now) {
-    out << "  " << who.leftJustified(16) << element.peerAddress().leftJustified(24) << " connected "
-        << duration(element.connectedSince().secsTo(now)) << "  queued " << element.bytesQueued()
-        << " B  dropped " << element.messagesDropped() << "\n";
-}
-
-void connections(QTextStream& out, SlotChannel& channel, const QString& label, const QDateTime& now) {
-    for (int slot : channel.sockets().loadedIndices())
-        connectionLine(out, label + " " + QString::number(slot), channel.sockets().element(slot), now);
+QString latin1(const std::string& s) {
+    return text::display(s);
 }
 
 } // namespace
 
-QString statusReport(Server& server) {
+QString statusText(const StatusSnapshot& s) {
     QString text;
     QTextStream out(&text);
-    const QDateTime now = QDateTime::currentDateTime();
-    out << Server::title() << " in " << server.appDir() << "\n";
-
-    const VbList<PlayerRecord>& roster = server.players().roster();
-    out << "Players: " << roster.ubound() << "\n";
-    for (int i = 1; i <= roster.ubound(); ++i) {
-        const PlayerRecord& p = roster[i];
-        out << "  " << QString::number(i).rightJustified(2) << "  " << markWord(p.mark).leftJustified(13)
-            << text::display(p.name + " (" + p.setupName + ")") << "  [slot " << p.slot << "]\n";
-    }
-    out << "AWACS clients: " << server.awacs().listed().ubound() << "\n";
-    out << "SIM clients: " << server.sims().simulators().ubound() << "\n";
-    SocketElement& aiSpy = server.aiSpy().connection();
-    const bool aiSpyUp = aiSpy.state() == SocketElement::Connected;
-    out << "AI Spy: " << (aiSpyUp ? "connected" : "not connected") << "\n";
-
+    out << s.title << " in " << s.programDir << "\n";
+    out << "Players: " << s.players.size() << "\n";
+    for (const PlayerStatus& p : s.players)
+        out << "  " << QString::number(p.position).rightJustified(2) << "  " << p.state.leftJustified(13)
+            << shownName(p.name) << " (" << shownName(p.setup) << ")  [slot " << p.slot << "]\n";
+    out << "AWACS clients: " << s.awacsSlots.size() << "\n";
+    out << "SIM clients: " << s.simulators.size() << "\n";
+    out << "AI Spy: " << (s.aiSpyConnected ? "connected" : "not connected") << "\n";
     out << "Connections:\n";
-    connections(out, server.playerChannel(), "player", now);
-    connections(out, server.awacsChannel(), "AWACS client", now);
-    connections(out, server.simChannel(), "SIM client", now);
-    if (aiSpyUp) connectionLine(out, "AI Spy", aiSpy, now);
+    for (const ConnectionStatus& c : s.connections) {
+        const QString who = c.slot ? c.kind + " " + QString::number(c.slot) : c.kind;
+        out << "  " << who.leftJustified(16) << c.address.leftJustified(24) << " connected "
+            << duration(c.connectedSeconds) << "  queued " << c.bytesQueued << " B  dropped "
+            << c.messagesDropped << (c.held ? "  held" : "") << "\n";
+    }
     return text;
+}
+
+QJsonObject statusJson(const StatusSnapshot& s) {
+    QJsonArray players;
+    for (const PlayerStatus& p : s.players)
+        players.append(QJsonObject{{"position", p.position},
+                                   {"name", latin1(p.name)},
+                                   {"mark", latin1(p.mark)},
+                                   {"state", p.state},
+                                   {"setup", latin1(p.setup)},
+                                   {"setupNumber", p.setupNumber},
+                                   {"slot", p.slot},
+                                   {"address", p.address},
+                                   {"connected", p.connectedSeconds}});
+    QJsonArray awacsSlots;
+    for (int slot : s.awacsSlots)
+        awacsSlots.append(slot);
+    QJsonArray simulators;
+    for (const SimulatorStatus& sim : s.simulators)
+        simulators.append(QJsonObject{{"name", latin1(sim.name)},
+                                      {"slot", sim.slot},
+                                      {"places", sim.places},
+                                      {"airplanes", sim.airplanes}});
+    QJsonArray connections;
+    for (const ConnectionStatus& c : s.connections)
+        connections.append(QJsonObject{{"kind", c.kind},
+                                       {"slot", c.slot},
+                                       {"address", c.address},
+                                       {"connected", c.connectedSeconds},
+                                       {"queued", c.bytesQueued},
+                                       {"dropped", c.messagesDropped},
+                                       {"held", c.held}});
+    QJsonObject refused;
+    for (auto it = s.connectionsRefused.cbegin(); it != s.connectionsRefused.cend(); ++it)
+        refused.insert(it.key(), it.value());
+    QJsonObject errors;
+    for (const auto& [routine, count] : s.runtimeErrors)
+        errors.insert("TskSrvForm1::" + QString::fromStdString(routine), count);
+    return QJsonObject{
+        {"schema", "tessark-status"},
+        {"version", 1},
+        {"program", QJsonObject{{"title", s.title},
+                                {"version", s.version},
+                                {"directory", s.programDir},
+                                {"started", s.startedAt.toString(Qt::ISODate)},
+                                {"uptime", s.uptimeSeconds}}},
+        {"players", players},
+        {"awacs", QJsonObject{{"count", static_cast<int>(s.awacsSlots.size())}, {"slots", awacsSlots}}},
+        {"sims", QJsonObject{{"count", static_cast<int>(s.simulators.size())}, {"simulators", simulators}}},
+        {"aiSpy", QJsonObject{{"connected", s.aiSpyConnected}}},
+        {"connections", connections},
+        {"setups", QJsonObject{{"listed", s.setupsListed}}},
+        {"counters", QJsonObject{{"messagesRelayed", s.messagesRelayed},
+                                 {"bytesSent", s.bytesSent},
+                                 {"connectionsRefused", refused},
+                                 {"runtimeErrors", errors},
+                                 {"uptime", s.uptimeSeconds}}},
+    };
 }

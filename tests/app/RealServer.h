@@ -67,6 +67,7 @@ class RealServer {
             env.remove(name);
         if (withWindow) env.insert("QT_QPA_PLATFORM", "offscreen");
         env.insert("TMPDIR", lockDir.path());
+        env.insert("XDG_RUNTIME_DIR", lockDir.path());
         env.insert("TMP", lockDir.path()); // Windows
         env.insert("TEMP", lockDir.path());
         env.insert(environment);

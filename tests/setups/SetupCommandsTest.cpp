@@ -201,9 +201,11 @@ TEST_F(SetupCommandsInstallationTest, CreatesTheWizardsSetupThenVerifiesAndNames
     EXPECT_EQ(QDir(dir_.path()).entryList({"*.part"}), QStringList());
     EXPECT_EQ(readFile(path("tessark.ini")), listing({"gone.stp", "Night Ops.stp"}));
 
+    // A listed file that gave no setup says why.
     EXPECT_EQ(run({"list"}).out, "#  Name       File\n"
                                  "1             " +
-                                     path("gone.stp") + "\n2  Night Ops  " + path("Night Ops.stp") + "\n");
+                                     path("gone.stp") + "  (not found)\n2  Night Ops  " +
+                                     path("Night Ops.stp") + "\n");
 
     const QString header =
         "Setup 2: Night Ops (" + path("Night Ops.stp") + ")\nInstallation: C:\\Falcon4\\ (COB, ";
@@ -263,11 +265,24 @@ TEST_F(SetupCommandsInstallationTest, ChoicesOutsideTheInstallationChangeNothing
     expectRefused(named + QStringList{"--config", "g_bFoo"},
                   "the configuration file C:\\Falcon4\\FalconSP.cfg cannot be read");
     writeFile(falcon_.prefixPath("system.reg"), "WINE REGISTRY Version 2\n");
-    expectRefused(named, "no Falcon 4 installation on this machine");
-    expectRefused({"verify", "1"}, "no Falcon 4 installation on this machine");
+    // No installation is no usage mistake: the work cannot be done here, status 1, and the
+    // operator is told how to name one.
+    for (const QStringList& args : {named, QStringList{"verify", "1"}}) {
+        const Outcome o = run(args);
+        EXPECT_EQ(o.status, 1);
+        EXPECT_THAT(o.err.toStdString(), HasSubstr("no Falcon 4 installation on this machine"));
+        EXPECT_THAT(o.err.toStdString(), HasSubstr("--installation DIR"));
+    }
+    expectRefused({"verify", "1", "--installation", falcon_.dir() + "/none"}, "no such directory");
 
     EXPECT_EQ(snapshot(dir_.path()), before);
     EXPECT_EQ(catalogue_.list().ubound(), 1);
+
+    // A host without the simulator checks a copy of its files, named with --installation.
+    falcon_.install("cobra.cfg", "set g_bFoo 1\r\n");
+    const Outcome checked = run({"verify", "1", "--installation", falcon_.dir(), "--theater", "Korea KTO"});
+    EXPECT_EQ(checked.status, 0) << checked.err.toStdString() << checked.out.toStdString();
+    EXPECT_THAT(checked.out.toStdString(), HasSubstr("(COB, theater Korea KTO)\nthe 1 line matches\n"));
 }
 #endif
 

@@ -13,7 +13,11 @@ QString setupFilePath(const QString& appDir, const std::string& setupName) {
     return appDir + text::display(setupName) + ".stp";
 }
 
-void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress) {
+namespace {
+
+// Each line of the setup, in order, as soon as it is known (a checksum takes its time).
+template <typename Sink>
+void buildLines(const WizardState& state, const BuildProgress& progress, Sink&& line) {
     const int files = state.selectedFiles.ubound();
     const int options = state.configOptions.ubound();
     const int total = files + options + 4;
@@ -22,31 +26,56 @@ void writeSetupFile(const WizardState& state, const QString& path, const BuildPr
         ++done;
         if (progress.step) progress.step(done, total);
     };
-    auto during = [&](std::int64_t) {
-        if (progress.during) progress.during();
-    };
 
-    SetupFileWriter out(path);
-    out.line(state.setupName);
+    line(state.setupName);
     step();
-    out.line("CURSET@" + state.falcon.flavour);
+    line("CURSET@" + state.falcon.flavour);
     step();
-    if (state.forbidSimFolder) out.line("CHKSIM");
+    if (state.forbidSimFolder) line("CHKSIM");
     step();
-    out.line("CURTHE@" + state.falcon.theater);
+    line("CURTHE@" + state.falcon.theater);
     step();
     for (int k = 1; k <= files; ++k) {
         const std::string& file = state.selectedFiles[k];
-        const std::string checksum = fileChecksumText(localFilePath(state.falcon.baseDir + file), during);
-        out.line("CHKSUM@" + file + "@" + checksum);
+        const std::string checksum =
+            fileChecksumText(localFilePath(state.falcon.baseDir + file), [&](std::int64_t bytes) {
+                if (progress.during) progress.during(file, bytes);
+            });
+        line("CHKSUM@" + file + "@" + checksum);
         step();
     }
     for (int j = 1; j <= options; ++j) {
         const ConfigOption& option = state.configOptions[j];
-        if (option.checked) out.line("CONFIG@" + option.name + "@" + option.value);
+        if (option.checked) line("CONFIG@" + option.name + "@" + option.value);
         step();
     }
+}
+
+void writeLines(const QString& path, const std::vector<std::string>& lines) {
+    SetupFileWriter out(path);
+    for (const std::string& text : lines)
+        out.line(text);
     out.close();
+}
+
+} // namespace
+
+void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress) {
+    SetupFileWriter out(path);
+    buildLines(state, progress, [&](const std::string& text) { out.line(text); });
+    out.close();
+}
+
+std::vector<std::string> buildSetupLines(const WizardState& state, const BuildProgress& progress) {
+    std::vector<std::string> lines;
+    buildLines(state, progress, [&](const std::string& text) { lines.push_back(text); });
+    return lines;
+}
+
+void storeBuiltSetup(SetupCatalogue& setups, const std::string& setupName, const QString& path,
+                     const std::vector<std::string>& lines) {
+    writeLines(path, lines);
+    catalogueBuiltSetup(setups, setupName, path);
 }
 
 void catalogueBuiltSetup(SetupCatalogue& setups, const std::string& setupName, const QString& path) {

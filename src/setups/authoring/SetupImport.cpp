@@ -43,8 +43,14 @@ void readSetupForEdit(WizardState& state, const QString& localPath) {
 
 void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath) {
     const std::vector<std::string> lines = linesWithName(chosenPath);
+    importSetupLines(setups, appDir, lines, setupFilePath(appDir, lines.front()) == chosenPath);
+}
+
+void importSetupLines(SetupCatalogue& setups, const QString& appDir, const std::vector<std::string>& lines,
+                      bool inPlace) {
+    if (lines.empty()) throw RuntimeError(62, "Input past end of file");
     const QString target = setupFilePath(appDir, lines.front());
-    if (target != chosenPath) {
+    if (!inPlace) {
         SetupFileWriter out(target);
         for (const std::string& line : lines)
             out.line(line);

@@ -5,6 +5,9 @@
 
 #include <QString>
 
+#include <string>
+#include <vector>
+
 class SetupCatalogue;
 
 // Edit: the current installation is discovered again and its configuration entries read; the
@@ -18,3 +21,7 @@ void readSetupForEdit(WizardState& state, const QString& localPath);
 // file itself) and catalogued, duplicates and all. Raises "Input past end of file" (62) for a
 // file without even a name line.
 void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath);
+// The same with the file's lines as read (a command line reads the operator's file and hands
+// them over): written under the name line unless the file already lies there (inPlace).
+void importSetupLines(SetupCatalogue& setups, const QString& appDir, const std::vector<std::string>& lines,
+                      bool inPlace);

@@ -10,7 +10,6 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
-#include <QTemporaryFile>
 
 namespace setup_commands {
 namespace {
@@ -72,27 +71,16 @@ void tickEntries(WizardState& state, const QStringList& entries) {
     }
 }
 
-// The setup file written under a temporary name beside its place and put there once whole,
-// so a failure part-way leaves no half-written setup (and any old one of that name as it was).
-void writeWhole(const WizardState& state, const QString& path) {
-    QTemporaryFile partial(QFileInfo(path).absolutePath() + "/setup-XXXXXX.part");
-    if (!partial.open()) throw RuntimeError(75, "Path/File access error");
-    partial.close();
-    writeSetupFile(state, partial.fileName(), {});
-    if (QFileInfo::exists(path) && !QFile::remove(path)) throw RuntimeError(75, "Path/File access error");
-    if (!partial.rename(path)) throw RuntimeError(75, "Path/File access error");
-    partial.setAutoRemove(false);
-}
-
 } // namespace
 
-int createSetup(const QStringList& arguments, SetupCatalogue& catalogue, const QString& programDir,
-                QTextStream& out) {
+int createSetup(const QStringList& arguments, CatalogueAccess& catalogue, QTextStream& out, QTextStream& err,
+                const ChecksumProgressReport& progress) {
     QCommandLineParser parser;
     parser.addOption({"name", "The setup's name, its first line and its file name.", "NAME"});
     parser.addOption({"file", "A file of the installation to check.", "PATH"});
     parser.addOption({"no-sim-folder", "Do not allow a \"Sim\" folder to exist."});
     parser.addOption({"config", "A configuration entry to check.", "ENTRY"});
+    addInstallationOptions(parser);
     parseOrRefuse(parser, "create", arguments);
     if (!parser.positionalArguments().isEmpty())
         throw UsageError{"unexpected argument \"" + parser.positionalArguments().front() + "\""};
@@ -106,38 +94,31 @@ int createSetup(const QStringList& arguments, SetupCatalogue& catalogue, const Q
     // A name the setup file cannot hold (beyond single-byte text) is no name for it.
     if (text::display(state.setupName) != names.front())
         throw UsageError{"--name " + names.front() + ": holds characters a setup file cannot hold"};
-    QString path;
     try {
-        path = setupFilePath(programDir, state.setupName);
+        setupFilePath({}, state.setupName);
     } catch (const RuntimeError&) {
         throw UsageError{
             "--name " + names.front() +
-            ": cannot be a file name (it holds one of \\ / : * ? \" < > | or a control character)"};
+            ": cannot be a file name (it holds one of \\ / : * ? \" < > | or a control character, "
+            "or is a name Windows keeps for a device)"};
     }
-    readInstallationKey(state.falcon);
-    chooseConfigFile(state.falcon);
-    if (state.falcon.baseDir == "\\")
-        throw UsageError{"no Falcon 4 installation on this machine (no baseDir in HKEY_LOCAL_MACHINE\\" +
-                         QString(kFalconRegistryKey) + ")"};
+    state.falcon = chosenInstallation(parser);
     for (const QString& file : parser.values("file"))
         state.selectedFiles.append(fileInsideInstallation(file, state.falcon.baseDir));
     state.forbidSimFolder = parser.isSet("no-sim-folder");
     tickEntries(state, parser.values("config"));
 
-    const bool replaced = QFileInfo::exists(path);
-    writeWhole(state, path);
-    catalogueBuiltSetup(catalogue, state.setupName, path);
-
-    out << (replaced ? "Rewrote " : "Wrote ") << path << "\n";
-    for (const std::string& line : text::fileLines(path).value_or(std::vector<std::string>{}))
-        out << "  " << text::display(line) << "\n";
-    const auto& setups = catalogue.list();
-    for (int i = 1; i <= setups.ubound(); ++i)
-        if (setups[i].name == state.setupName) {
-            out << "Setup " << i << ": " << names.front() << "\n";
-            break;
-        }
-    return 0;
+    // The checksums are taken here, where the installation is; the catalogue gets the result.
+    BuildProgress building;
+    if (progress)
+        building.during = [&](const std::string& file, std::int64_t bytes) {
+            progress(text::display(file), bytes,
+                     QFileInfo(localFilePath(state.falcon.baseDir + file)).size());
+        };
+    QByteArray content;
+    for (const std::string& line : buildSetupLines(state, building))
+        content.append(line.data(), static_cast<qsizetype>(line.size())).append("\r\n");
+    return passOn(catalogue.ask({"store-built", names.front()}, content), out, err);
 }
 
 } // namespace setup_commands

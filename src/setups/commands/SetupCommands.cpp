@@ -1,10 +1,13 @@
 #include "setups/commands/SetupCommands.h"
 
 #include "basics/RuntimeError.h"
+#include "basics/Text.h"
 #include "setups/SetupCatalogue.h"
 #include "setups/commands/SubCommands.h"
 
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
 
 namespace setup_commands {
 
@@ -40,39 +43,125 @@ QString lineCount(int n) {
     return QString("%1 line%2").arg(n).arg(n == 1 ? "" : "s");
 }
 
+void addInstallationOptions(QCommandLineParser& parser) {
+    parser.addOption({"installation",
+                      "A folder holding the simulator's files, for a host without the simulator "
+                      "installed; by default this machine's installation.",
+                      "DIR"});
+    parser.addOption({"theater", "The current theater to record or check with --installation.", "NAME"});
+}
+
+FalconInstallation chosenInstallation(const QCommandLineParser& parser) {
+    FalconInstallation falcon;
+    readInstallationKey(falcon);
+    if (parser.isSet("installation")) {
+        const QFileInfo dir(parser.value("installation"));
+        if (!dir.isDir())
+            throw UsageError{"--installation " + parser.value("installation") + ": no such directory"};
+        QString base = QDir::cleanPath(dir.absoluteFilePath());
+        falcon.baseDir = windowsFilePath(base);
+        if (falcon.baseDir.empty() || falcon.baseDir.back() != '\\') falcon.baseDir += '\\';
+    } else if (falcon.baseDir == "\\") {
+        throw Failure{"no Falcon 4 installation on this machine (no baseDir in HKEY_LOCAL_MACHINE\\" +
+                      QString(kFalconRegistryKey) + "); name one with --installation DIR"};
+    }
+    if (parser.isSet("theater")) falcon.theater = parser.value("theater").toLatin1().toStdString();
+    chooseConfigFile(falcon);
+    return falcon;
+}
+
+int passOn(const CatalogueAnswer& answer, QTextStream& out, QTextStream& err) {
+    out << answer.out;
+    err << answer.err;
+    return answer.status;
+}
+
 } // namespace setup_commands
 
 using namespace setup_commands;
 
-int runSetupCommand(const QStringList& args, SetupCatalogue& catalogue, const QString& programDir,
-                    QTextStream& out, QTextStream& err) {
-    const QString command = args.value(0);
-    const QStringList arguments = args.mid(1);
-    QString dir = programDir;
+namespace {
+
+const QStringList kOperatorCommands{"list", "create", "import", "remove", "verify"};
+
+QString withSeparator(QString dir) {
     if (!dir.isEmpty() && !dir.endsWith('/') && !dir.endsWith('\\'))
 #ifdef Q_OS_WIN
         dir += '\\';
 #else
         dir += '/';
 #endif
-    const QStringList known{"list", "create", "import", "remove", "verify"};
-    const QString prefix = known.contains(command) ? "setups " + command + ": " : QString("setups: ");
+    return dir;
+}
+
+// Runs a sub-command, turning what it throws into its status and one line on err.
+template <typename Run> int guarded(const QString& prefix, QTextStream& out, QTextStream& err, Run&& run) {
     try {
-        if (command == "list") return listSetups(arguments, catalogue, out);
-        if (command == "create") return createSetup(arguments, catalogue, dir, out);
-        if (command == "import") return importSetup(arguments, catalogue, dir, out);
-        if (command == "remove") return removeSetupCommand(arguments, catalogue, out);
-        if (command == "verify") return verifySetup(arguments, catalogue, out);
-        throw UsageError{
-            (args.isEmpty() ? QString("missing sub-command") : "unknown sub-command \"" + command + "\"") +
-            " (list, create, import, remove or verify)"};
+        return run();
     } catch (const UsageError& e) {
         err << prefix << e.message << Qt::endl;
         return 2;
+    } catch (const Failure& e) {
+        out.flush();
+        err << prefix << e.message << Qt::endl;
+        return 1;
     } catch (const RuntimeError& e) {
         out.flush();
         err << prefix << "run-time error " << e.number << ": " << QString::fromStdString(e.description())
             << Qt::endl;
         return 1;
     }
+}
+
+// The catalogue's requests answer under the command the operator typed.
+QString prefixOf(const QString& command) {
+    const QString typed = command == "lines"          ? QString("verify")
+                          : command == "store-import" ? QString("import")
+                          : command == "store-built"  ? QString("create")
+                                                      : command;
+    return kOperatorCommands.contains(typed) ? "setups " + typed + ": " : QString("setups: ");
+}
+
+} // namespace
+
+DirectCatalogue::DirectCatalogue(SetupCatalogue& catalogue, const QString& programDir)
+    : catalogue_(catalogue), programDir_(withSeparator(programDir)) {}
+
+bool isOperatorSetupCommand(const QString& word) {
+    return kOperatorCommands.contains(word);
+}
+
+int runSetupCommand(const QStringList& args, CatalogueAccess& catalogue, QTextStream& out, QTextStream& err,
+                    const ChecksumProgressReport& progress) {
+    const QString command = args.value(0);
+    const QStringList arguments = args.mid(1);
+    return guarded(prefixOf(command), out, err, [&] {
+        if (command == "create") return createSetup(arguments, catalogue, out, err, progress);
+        if (command == "import") return importSetup(arguments, catalogue, out, err);
+        if (command == "verify") return verifySetup(arguments, catalogue, out, err);
+        if (command == "list" || command == "remove") return passOn(catalogue.ask(args), out, err);
+        throw UsageError{
+            (args.isEmpty() ? QString("missing sub-command") : "unknown sub-command \"" + command + "\"") +
+            " (list, create, import, remove or verify)"};
+    });
+}
+
+CatalogueAnswer serveCatalogueRequest(const QStringList& words, const QByteArray& content,
+                                      SetupCatalogue& catalogue, const QString& programDir) {
+    CatalogueAnswer answer;
+    QTextStream out(&answer.out), err(&answer.err);
+    const QString command = words.value(0);
+    const QStringList arguments = words.mid(1);
+    const QString dir = withSeparator(programDir);
+    answer.status = guarded(prefixOf(command), out, err, [&] {
+        if (command == "list") return listSetups(arguments, catalogue, out);
+        if (command == "remove") return removeSetupCommand(arguments, catalogue, out);
+        if (command == "lines") return setupLines(arguments, catalogue, out);
+        if (command == "store-import") return storeImported(arguments, content, catalogue, dir, out);
+        if (command == "store-built") return storeBuilt(arguments, content, catalogue, dir, out);
+        throw UsageError{"unknown sub-command \"" + command + "\" (list, create, import, remove or verify)"};
+    });
+    out.flush();
+    err.flush();
+    return answer;
 }

@@ -1,36 +1,48 @@
-// verify: this machine's installation checked against a setup's lines as the catalogue holds
-// them, each failed line explained with the sentence a player would be given for it.
+// verify: an installation checked, where the command runs, against a setup's lines as the
+// catalogue holds them, each failed line explained with the sentence a player would be given.
 #include "basics/RuntimeError.h"
 #include "basics/Text.h"
 #include "setups/FailureSentence.h"
 #include "setups/InstallationCheck.h"
-#include "setups/SetupCatalogue.h"
 #include "setups/commands/SubCommands.h"
+
+#include <QCommandLineParser>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace setup_commands {
 
-int verifySetup(const QStringList& arguments, SetupCatalogue& catalogue, QTextStream& out) {
-    const int n = setupNumber(positionalArguments("verify", arguments, {"N"}).front(), catalogue);
-    const InstallationCheck installation = InstallationCheck::ofThisMachine();
-    if (!installation.found())
-        throw UsageError{"no Falcon 4 installation on this machine (no baseDir in HKEY_LOCAL_MACHINE\\" +
-                         QString(kFalconRegistryKey) + ")"};
+int verifySetup(const QStringList& arguments, CatalogueAccess& catalogue, QTextStream& out,
+                QTextStream& err) {
+    QCommandLineParser parser;
+    addInstallationOptions(parser);
+    parseOrRefuse(parser, "verify", arguments);
+    const QStringList given = parser.positionalArguments();
+    if (given.isEmpty()) throw UsageError{"missing N"};
+    if (given.size() > 1) throw UsageError{"unexpected argument \"" + given[1] + "\""};
+    const CatalogueAnswer answer = catalogue.ask({"lines", given.front()});
+    if (answer.status != 0) return passOn(answer, out, err);
+    const QJsonObject setup = QJsonDocument::fromJson(answer.out.toUtf8()).object();
+
+    const InstallationCheck installation(chosenInstallation(parser));
     const FalconInstallation& falcon = installation.installation();
-    const SetupRecord& setup = catalogue.list()[n];
-    out << "Setup " << n << ": " << text::display(setup.name) << " (" << text::display(setup.filePath)
+    out << "Setup " << setup["number"].toInt() << ": "
+        << text::printable(setup["name"].toString().toStdString()) << " (" << setup["file"].toString()
         << ")\n"
         << "Installation: " << text::display(falcon.baseDir) << " (" << text::display(falcon.flavour)
         << ", theater " << text::display(falcon.theater) << ")\n";
 
-    const int count = setup.lines.ubound();
+    const QJsonArray lines = setup["lines"].toArray();
+    const int count = static_cast<int>(lines.size());
     int failed = 0;
     int unchecked = 0;
     for (int k = 1; k <= count; ++k) {
-        const std::string& line = setup.lines[k];
+        const std::string line = lines[k - 1].toString().toLatin1().toStdString();
         const LineVerdict verdict = installation.check(line);
         if (verdict == LineVerdict::NotChecked) {
             ++unchecked;
-            out << "line " << k << ": not checked: " << text::display(line) << "\n";
+            out << "line " << k << ": not checked: " << text::printable(line, 4096) << "\n";
         } else if (verdict == LineVerdict::Fails) {
             ++failed;
             std::string sentence;
@@ -40,8 +52,8 @@ int verifySetup(const QStringList& arguments, SetupCatalogue& catalogue, QTextSt
                 // A line without the field its sentence names: players are given "".
             }
             out << "line " << k << ": "
-                << (sentence.empty() ? "\"" + text::display(line) + "\" (no sentence for this line)"
-                                     : text::display(sentence))
+                << (sentence.empty() ? "\"" + text::printable(line, 4096) + "\" (no sentence for this line)"
+                                     : text::printable(sentence, 4096))
                 << "\n";
         }
     }

@@ -38,7 +38,7 @@ void ProgressPage::writeSetup() {
         progressBar_->setValue(static_cast<int>(std::nearbyint(100.0 * done / total)));
         QCoreApplication::processEvents();
     };
-    progress.during = [] { QCoreApplication::processEvents(); };
+    progress.during = [](const std::string&, std::int64_t) { QCoreApplication::processEvents(); };
     writeSetupFile(state, path, progress);
     catalogueBuiltSetup(server.setups(), state.setupName, path);
     wizard_.showPage(new EndPage(wizard_));
