@@ -113,6 +113,8 @@ int main(int argc, char* argv[]) {
     if (!operator_log::fileError().isEmpty())
         qCWarning(lcRun, "the log file %s cannot be written (%s): the log goes to standard error only",
                   qUtf8Printable(settings.settings.log.file), qUtf8Printable(operator_log::fileError()));
+    for (const QString& warning : settings.warnings)
+        qCWarning(lcRun, "%s", qUtf8Printable(warning));
     if (!settings.ok()) {
         for (const QString& error : settings.errors)
             qCCritical(lcRun, "%s", qUtf8Printable(error));

@@ -74,8 +74,6 @@ void Server::start() {
                qUtf8Printable(settingsPath_.isEmpty() ? QString(kSettingsFileName) : settingsPath_));
     else
         qCInfo(lcRun, "settings read from %s", qUtf8Printable(settingsRead_.path));
-    for (const QString& warning : settingsRead_.warnings)
-        qCWarning(lcRun, "%s", qUtf8Printable(warning));
 
     // The lists start with their one unused element 0.
     players_->reset();
@@ -126,8 +124,9 @@ void Server::start() {
 }
 
 void Server::reload(const QString& why) {
-    qCInfo(lcRun, "reloading (%s)", qUtf8Printable(why));
+    // A log file moved away (logrotate) is reopened first, so that this reload is told in the new one.
     operator_log::reopenFile();
+    qCInfo(lcRun, "reloading (%s)", qUtf8Printable(why));
     if (!settingsPath_.isEmpty()) {
         const SettingsReading reading = readServerSettings(settingsPath_, settingsRequired_, appDir_);
         for (const QString& warning : reading.warnings)

@@ -65,6 +65,12 @@ TEST(RealServer, WithLoggingOnALoneNulFromAPlayerWritesOneErrorLineAndEndsThePro
     EXPECT_NE(errors.find("Error at TskSrvForm1::ParseData - Error: 5 - "), std::string::npos) << errors;
     EXPECT_TRUE(player.waitForDisconnect()); // no "DISCON": the program just ended
     EXPECT_TRUE(player.inbox().empty());
+#ifndef Q_OS_WIN
+    // Whoever watches the server (a service's journal) is told why it ended, not only the file.
+    EXPECT_NE(process.readAllStandardError().toStdString().find(
+                  "run-time error at TskSrvForm1::ParseData - Error: 5 - Invalid procedure call or argument"),
+              std::string::npos);
+#endif
 }
 
 #ifndef Q_OS_WIN
@@ -114,6 +120,49 @@ TEST(RealServer, SignalsThatKeepComingDuringShutdownStillEndItWithStatusZero) {
     ASSERT_TRUE(hasEnded(process));
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(process.exitCode(), 0);
+}
+
+// A shutdown that waits on a peer that does not read, with SIGTERM every few milliseconds all
+// the while, and standard error a pipe nobody reads any more: the server still ends as "Exit"
+// does. (A signal handler that blocked on a full pipe, or a write that raised SIGPIPE, ended it
+// otherwise or never.)
+TEST(RealServer, SignalsDuringAStalledShutdownAndALostStandardErrorNeitherHangNorKillIt) {
+    RealServer server;
+    QProcess process;
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    process.setChildProcessModifier([&pipe] { ::dup2(pipe[1], STDERR_FILENO); });
+    server.start(process);
+    ::close(pipe[0]); // nobody reads the server's standard error any more
+    ::close(pipe[1]);
+    auto aiSpy = RealServer::connectAiSpy();
+    ASSERT_TRUE(aiSpy);
+    ::kill(static_cast<pid_t>(process.processId()), SIGUSR1); // ignored
+    Peer reader(5555);
+    reader.send("VALIDR", "Reader");
+    EXPECT_EQ(reader.take(1).at(0).text(), "PLSNEW1@Reader@@-");
+    // A player that asks for its list over and over and never reads the answers.
+    QTcpSocket stalled;
+    stalled.connectToHost(QHostAddress::LocalHost, 5555);
+    ASSERT_TRUE(stalled.waitForConnected(3000));
+    stalled.setReadBufferSize(1);
+    QByteArray asks;
+    for (int i = 0; i < 100000; ++i)
+        asks += QByteArray("GETLST", 7);
+    stalled.write(asks);
+    pumpFor(500ms);
+
+    QElapsedTimer clock;
+    clock.start();
+    while (process.state() != QProcess::NotRunning && clock.elapsed() < 15000) {
+        terminate(process);
+        process.waitForFinished(5);
+    }
+    ASSERT_TRUE(hasEnded(process));
+    EXPECT_LT(clock.elapsed(), 10000);
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(reader.take(1).back().text(), "DISCON");
 }
 
 TEST(RealServer, OutOfDescriptorsItRestsInsteadOfSpinningAndServesAgainWhenSomeAreFree) {

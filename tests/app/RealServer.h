@@ -61,7 +61,9 @@ class RealServer {
 
     // Starts a copy headless (or with the status window on an offscreen display); the
     // single-instance lock lives in a temp dir of this test's own.
-    void start(QProcess& process, bool withWindow = false, const QStringList& arguments = {}) const {
+    // `cwd`: where it is started from; by default its own directory.
+    void start(QProcess& process, bool withWindow = false, const QStringList& arguments = {},
+               const QString& cwd = {}) const {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
             env.remove(name);
@@ -72,7 +74,7 @@ class RealServer {
         env.insert("TEMP", lockDir.path());
         env.insert(environment);
         process.setProcessEnvironment(env);
-        process.setWorkingDirectory(dir.path());
+        process.setWorkingDirectory(cwd.isEmpty() ? dir.path() : cwd);
         process.start(exe(), arguments);
         process.waitForStarted();
     }
