@@ -31,6 +31,10 @@ QString statusText(const StatusSnapshot& s) {
     out << "AWACS clients: " << s.awacsSlots.size() << "\n";
     out << "SIM clients: " << s.simulators.size() << "\n";
     out << "AI Spy: " << (s.aiSpyConnected ? "connected" : "not connected") << "\n";
+    out << "Setups: " << s.setupsListed << "\n";
+    for (const StatusSnapshot::SetupProblem& p : s.setupProblems)
+        out << "  setup " << p.number << ": " << p.file << " " << p.problem
+            << " (offered with an empty name)\n";
     out << "Connections:\n";
     for (const ConnectionStatus& c : s.connections) {
         const QString who = c.slot ? c.kind + " " + QString::number(c.slot) : c.kind;
@@ -71,6 +75,9 @@ QJsonObject statusJson(const StatusSnapshot& s) {
                                        {"queued", c.bytesQueued},
                                        {"dropped", c.messagesDropped},
                                        {"held", c.held}});
+    QJsonArray setupProblems;
+    for (const StatusSnapshot::SetupProblem& p : s.setupProblems)
+        setupProblems.append(QJsonObject{{"number", p.number}, {"file", p.file}, {"problem", p.problem}});
     QJsonObject refused;
     for (auto it = s.connectionsRefused.cbegin(); it != s.connectionsRefused.cend(); ++it)
         refused.insert(it.key(), it.value());
@@ -90,7 +97,7 @@ QJsonObject statusJson(const StatusSnapshot& s) {
         {"sims", QJsonObject{{"count", static_cast<int>(s.simulators.size())}, {"simulators", simulators}}},
         {"aiSpy", QJsonObject{{"connected", s.aiSpyConnected}}},
         {"connections", connections},
-        {"setups", QJsonObject{{"listed", s.setupsListed}}},
+        {"setups", QJsonObject{{"listed", s.setupsListed}, {"problems", setupProblems}}},
         {"counters", QJsonObject{{"messagesRelayed", s.messagesRelayed},
                                  {"bytesSent", s.bytesSent},
                                  {"connectionsRefused", refused},

@@ -8,6 +8,7 @@
 //   players [{position, name, mark, state, setup, setupNumber, slot, address, connected}],
 //   awacs {count, slots [..]}, sims {count, simulators [{name, slot, places, airplanes}]},
 //   aiSpy {connected}, connections [{kind, slot, address, connected, queued, dropped, held}],
+//   setups {listed, problems [{number, file, problem}]},
 //   counters {messagesRelayed, bytesSent, connectionsRefused {reason: n},
 //             runtimeErrors {routine: n}, uptime}
 // Times are seconds; "started" is ISO 8601 local time; names are as the peers sent them.

@@ -87,7 +87,11 @@ StatusSnapshot takeStatusSnapshot(Server& server) {
     s.aiSpyConnected = aiSpy.state() == SocketElement::Connected;
     if (s.aiSpyConnected) s.connections.push_back(connectionOf("AI Spy", 0, aiSpy, now));
 
-    s.setupsListed = server.setups().list().ubound();
+    const auto& setups = server.setups().list();
+    s.setupsListed = setups.ubound();
+    for (int i = 1; i <= setups.ubound(); ++i)
+        if (!setups[i].problem.isEmpty())
+            s.setupProblems.push_back({i, text::printable(setups[i].filePath, 4096), setups[i].problem});
     s.messagesRelayed = server.awacs().reportsRelayed();
     s.bytesSent = SocketElement::bytesHandedOver();
     s.runtimeErrors = server.errorLog().countsByRoutine();

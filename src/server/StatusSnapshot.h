@@ -53,6 +53,13 @@ struct StatusSnapshot {
     bool aiSpyConnected = false;
     std::vector<ConnectionStatus> connections;
     int setupsListed = 0;
+    // Listed setups whose file gave nothing (players are offered them with an empty name).
+    struct SetupProblem {
+        int number;
+        QString file;
+        QString problem; // "not found", "cannot be read", ...
+    };
+    std::vector<SetupProblem> setupProblems;
     qint64 messagesRelayed = 0;                                // reports relayed to the AWACS clients
     qint64 bytesSent = 0;                                      // handed to connections, all ports
     QMap<QString, qint64> connectionsRefused;                  // by reason

@@ -99,6 +99,22 @@ TEST(OtherUsers, SetupCommandsFromElsewhereReachTheServerOfAnotherUserAndLeaveFi
     EXPECT_EQ(player.takeTexts(4),
               (std::vector<std::string>{"VLRDIM3", "VLSADD1@CURSET@COB", "VLSADD2@CURTHE@Korea KTO",
                                         "VLSADD3@CHKSUM@Data\\a.dat@-873187034"}));
+
+    // A setup root made by hand for the service, readable by root alone: the server says so
+    // instead of offering it silently empty.
+    writeFile(server.file("Secret.stp"), "Secret\r\nCURSET@COB\r\n");
+    ::chmod(QFile::encodeName(server.file("Secret.stp")).constData(), 0600);
+    const QByteArray ini = readFile(server.file("tessark.ini"));
+    writeFile(server.file("tessark.ini"),
+              QByteArray(ini).replace("NUM=2", "NUM=3") +
+                  "[SETUPLIST3]\r\nFNAME=" + QFile::encodeName(server.file("Secret.stp")) + "\r\n");
+    EXPECT_EQ(operatorCommand(server, home.path(), {"reload"}).status, 0);
+    EXPECT_THAT(operatorCommand(server, home.path(), {"setups", "list"}).out,
+                HasSubstr("Secret.stp  (cannot be read)"));
+    EXPECT_THAT(operatorCommand(server, home.path(), {"status"}).out,
+                HasSubstr("Secret.stp cannot be read (offered with an empty name)"));
+    EXPECT_THAT(serving.readAllStandardError().toStdString(),
+                HasSubstr("setups: setup 3: " + server.file("Secret.stp").toStdString() + " cannot be read"));
     terminate(serving);
     EXPECT_TRUE(hasEnded(serving));
 }
