@@ -4,6 +4,7 @@
 #include "net/ClosedConnections.h"
 #include "net/Framing.h"
 #include "net/GatheredWrite.h"
+#include "net/MissedCloses.h"
 #include "net/PeerLiveness.h"
 
 #include <QCoreApplication>
@@ -90,10 +91,32 @@ void SocketElement::accept(qintptr requestId) {
     });
     connect(socket, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError e) {
         // A peer's orderly close (or reset) is the close event alone.
-        if (e == QAbstractSocket::RemoteHostClosedError || errored_) return;
-        errored_ = true;
-        emit error(index_, 40000 + static_cast<int>(e), socket_ ? socket_->errorString() : QString());
+        if (e != QAbstractSocket::RemoteHostClosedError) fail(e);
     });
+    missed_closes::watch(*this);
+}
+
+void SocketElement::fail(int socketError) {
+    if (errored_) return;
+    errored_ = true;
+    emit error(index_, 40000 + socketError, socket_ ? socket_->errorString() : QString());
+}
+
+void SocketElement::endIfPeerGone() {
+    if (!socket_ || socket_->state() != QAbstractSocket::ConnectedState) {
+        missed_closes::forget(*this); // its end was reported after all
+        return;
+    }
+    switch (missed_closes::lookAt(socket_->socketDescriptor())) {
+    case missed_closes::PeerEnd::None:
+        return;
+    case missed_closes::PeerEnd::Closed:
+        socket_->abort(); // which raises the close event, as the peer's close does
+        return;
+    case missed_closes::PeerEnd::Failed:
+        fail(QAbstractSocket::NetworkError);
+        return;
+    }
 }
 
 std::string_view SocketElement::readMessages() {
@@ -373,6 +396,7 @@ bool SocketElement::writeOutClosed() {
 // lets it close gracefully on its own: output already queued still reaches the peer.
 void SocketElement::release() {
     handOverOutbox();
+    missed_closes::forget(*this);
     QTcpSocket* socket = socket_;
     socket_ = nullptr;
     socketHoldsOutput_ = false;

@@ -99,6 +99,9 @@ class SocketElement : public QObject {
     qint64 outboxBytes() const { return static_cast<qint64>(outboxSize_); }
     // Closes without raising the close event; what was queued still goes out.
     void close();
+    // Ends the connection with the close or error event the system should have raised, when it
+    // did not report that the peer has gone (see net/MissedCloses.h).
+    void endIfPeerGone();
     qint64 bytesQueued() const;
 
     // Hands the queued output to the system as far as it takes it now, without waiting;
@@ -125,6 +128,7 @@ class SocketElement : public QObject {
         size_t size;
     };
     std::string_view read(qint64 limit, bool keepCutMessage);
+    void fail(int socketError);
     void release();
     // What a piece of an outbox costs beyond its bytes; counted under the output cap, so that a
     // peer listed many times over cannot grow the bookkeeping past it.

@@ -19,32 +19,6 @@ std::string versionLine() {
            std::to_string(TESSARK_VERSION_MINOR) + "." + std::to_string(TESSARK_VERSION_PATCH) + "\n";
 }
 
-struct Answer {
-    int status = -1; // -1: it did not end by itself, or crashed
-    std::string out, err;
-};
-
-// Line ends as written on Linux (a Windows program's standard streams write "\r\n").
-std::string lines(QByteArray bytes) {
-    return bytes.replace("\r\n", "\n").toStdString();
-}
-
-// Starts a copy with these arguments and waits for it to end by itself.
-Answer answer(const RealServer& server, const QStringList& arguments, bool withWindow = false) {
-    QProcess process;
-    server.start(process, withWindow, arguments);
-    Answer result;
-    if (!process.waitForFinished(10000)) {
-        process.kill();
-        process.waitForFinished();
-        return result;
-    }
-    if (process.exitStatus() == QProcess::NormalExit) result.status = process.exitCode();
-    result.out = lines(process.readAllStandardOutput());
-    result.err = lines(process.readAllStandardError());
-    return result;
-}
-
 // Stops a server as its system would: SIGTERM, or on Windows the end of the session (told to
 // its windows once the status window is up). True when it ended with status 0.
 bool stop(QProcess& process) {
@@ -69,7 +43,7 @@ TEST(CommandLine, AnswersHelpAndVersionAndRefusesWhatItDoesNotKnowWithoutStartin
     QFile(aFile).open(QIODevice::WriteOnly);
 
     for (bool withWindow : {false, true}) {
-        const Answer version = answer(server, {"--version"}, withWindow);
+        const Answer version = server.answer({"--version"}, withWindow);
         EXPECT_EQ(version.status, 0) << withWindow;
         EXPECT_EQ(version.out, versionLine()) << withWindow;
         // A platform plugin may have warnings of its own; on Windows there always is one.
@@ -80,7 +54,7 @@ TEST(CommandLine, AnswersHelpAndVersionAndRefusesWhatItDoesNotKnowWithoutStartin
 #endif
     }
 
-    const Answer help = answer(server, {"--help"});
+    const Answer help = server.answer({"--help"});
     EXPECT_EQ(help.status, 0);
     for (const char* part : {"Usage:", "--dir <DIR>", "--version", "--help"})
         EXPECT_NE(help.out.find(part), std::string::npos) << part << " in:\n" << help.out;
@@ -98,7 +72,7 @@ TEST(CommandLine, AnswersHelpAndVersionAndRefusesWhatItDoesNotKnowWithoutStartin
         {{"--dir", aFile}, 1, QDir::toNativeSeparators(aFile).toStdString() + " is not a directory."},
     };
     for (const Mistake& mistake : mistakes) {
-        const Answer refused = answer(server, mistake.arguments);
+        const Answer refused = server.answer(mistake.arguments);
         const std::string arguments = mistake.arguments.join(' ').toStdString();
         EXPECT_EQ(refused.status, mistake.status) << arguments;
         EXPECT_NE(refused.err.find(mistake.says), std::string::npos) << arguments << ": " << refused.err;
@@ -120,11 +94,11 @@ TEST(CommandLine, DirHoldsTheProgramFilesAndOtherCopiesStillAnswerWhileTheServer
     EXPECT_FALSE(QFile::exists(server.file("tessark.ini")));
 
     // The same user and lock as the running server: answered all the same, not "allready running".
-    const Answer version = answer(server, {"--version"});
+    const Answer version = server.answer({"--version"});
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.out, versionLine());
     // The running server's own status, over its control channel.
-    const Answer status = answer(server, {"--dir", programDir.path(), "status"});
+    const Answer status = server.answer({"--dir", programDir.path(), "status"});
     EXPECT_EQ(status.status, 0) << status.err;
     EXPECT_NE(status.out.find("AI Spy: connected"), std::string::npos) << status.out;
 

@@ -32,6 +32,17 @@ inline void terminate(QProcess& process) {
 }
 #endif
 
+// What a copy started for one command answered.
+struct Answer {
+    int status = -1; // -1: it did not end by itself, or crashed
+    std::string out, err;
+};
+
+// Line ends as written on Linux (a Windows program's standard streams write "\r\n").
+inline std::string lines(QByteArray bytes) {
+    return bytes.replace("\r\n", "\n").toStdString();
+}
+
 class RealServer {
   public:
     explicit RealServer(const QString& iniText = {}) {
@@ -89,6 +100,22 @@ class RealServer {
             pumpFor(10ms);
         }
         return nullptr;
+    }
+
+    // Starts a copy with these arguments (a command, say) and waits for it to end by itself.
+    Answer answer(const QStringList& arguments, bool withWindow = false) const {
+        QProcess process;
+        start(process, withWindow, arguments);
+        Answer result;
+        if (!process.waitForFinished(10000)) {
+            process.kill();
+            process.waitForFinished();
+            return result;
+        }
+        if (process.exitStatus() == QProcess::NormalExit) result.status = process.exitCode();
+        result.out = lines(process.readAllStandardOutput());
+        result.err = lines(process.readAllStandardError());
+        return result;
     }
 
     QTemporaryDir dir, lockDir;

@@ -2,6 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#if defined(_WIN32)
+#include <winsock2.h>
+#else
+#include <sys/socket.h>
+#endif
+
 Peer::Peer(quint16 port) {
     QObject::connect(&socket_, &QTcpSocket::readyRead, [this] { drain(); });
     socket_.connectToHost(QHostAddress::LocalHost, port);
@@ -83,6 +89,20 @@ bool Peer::waitForDisconnect(std::chrono::milliseconds timeout) {
 void Peer::close() {
     socket_.disconnectFromHost();
     pumpFor(20ms);
+}
+
+// No time to linger: the system answers the close with a reset.
+void resetConnection(QTcpSocket& socket) {
+    linger none{};
+    none.l_onoff = 1;
+    none.l_linger = 0;
+#if defined(_WIN32)
+    setsockopt(static_cast<SOCKET>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER,
+               reinterpret_cast<const char*>(&none), sizeof none);
+#else
+    setsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+#endif
+    socket.abort();
 }
 
 void pumpFor(std::chrono::milliseconds wait) {

@@ -49,6 +49,9 @@ class Peer {
     std::vector<Received> inbox_;
 };
 
+// Ends a connection with a reset instead of a close, as a client that crashes or aborts does.
+void resetConnection(QTcpSocket& socket);
+
 // "COMMAND|data" for each message, so a failed comparison shows where the data begins.
 std::vector<std::string> texts(const std::vector<Received>& messages);
 // Waits for as many messages as expected and checks them in order; anything extra shows up in
