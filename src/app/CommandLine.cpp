@@ -40,6 +40,11 @@ CommandLine readCommandLine(const QStringList& arguments) {
                                  "or where the user may not write) the user's data directory.",
                                  "DIR");
     parser.addOption(dir);
+    // Accepted and not read yet: the service's unit already names the settings file
+    // (/etc/tessark-server/tessark-server.conf). Listed in --help once it is read.
+    QCommandLineOption config("config", "The server's own settings file.", "FILE");
+    config.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(config);
     parser.addPositionalArgument("command",
                                  "status: what the running server shows, and its connections.\n"
                                  "exit: shut the running server down as \"Exit\" does.\n"
