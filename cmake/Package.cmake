@@ -2,9 +2,13 @@
 # tessark-server_<version>_<arch>.deb with
 #   /usr/bin/tessark-server                                the program
 #   /usr/lib/systemd/system/tessark-server.service          the headless service (cmake/linux/)
+#   /etc/tessark-server/tessark-server.conf                 the service's settings (a conffile)
 #   /usr/share/applications/tessark-server.desktop          the menu entry for desktop users
 #   /usr/share/icons/hicolor/<size>/apps/tessark-server.png  its icon: the server icon
-#   /usr/share/man/man1/tessark-server.1.gz, /usr/share/doc/tessark-server/
+#   /usr/share/man/man1/tessark-server.1.gz
+#   /usr/share/doc/tessark-server/                          README.Debian, changelog.gz, copyright
+# and maintainer scripts that enable and start the service on installation, restart it after
+# an upgrade and stop it on removal, as debhelper's would (cmake/linux/postinst, prerm, postrm).
 #
 # The menu entry starts the program without arguments. /usr/bin is not its users' to write (nor
 # root's, by the file system hierarchy), so an installed program keeps tessark.ini, its setups
@@ -13,8 +17,6 @@
 #
 # lintian (2.116, bookworm) has no errors or warnings for it. With -I --pedantic it adds
 # informational tags only, kept as they are:
-#   hardening-no-bindnow, hardening-no-fortify-functions: the project's compile and link flags
-#     are its own (CMakeLists.txt); the package takes the program as the tests build it.
 #   package-supports-alternative-init-but-no-init.d-script: the service is for systemd; without
 #     it, run "tessark-server --dir DIR" under whatever supervises the host.
 #   spelling-error-in-binary (allready, differrent, occured, succesfully): texts players' and
@@ -38,6 +40,7 @@ install(CODE "if(CMAKE_INSTALL_DO_STRIP)
                           \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/tessark-server\" COMMAND_ERROR_IS_FATAL ANY)
 endif()")
 install(FILES ${tessark_linux}/tessark-server.service DESTINATION lib/systemd/system)
+install(FILES ${tessark_linux}/tessark-server.conf DESTINATION /etc/tessark-server)
 install(FILES ${tessark_linux}/tessark-server.desktop DESTINATION share/applications)
 
 # The icon goes to the folder of its real size, read from the PNG header (IHDR: width, height).
@@ -58,7 +61,8 @@ foreach(name tessark-server.1 changelog)
                   OUTPUT_FILE ${tessark_generated}/${name}.gz COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
 install(FILES ${tessark_generated}/tessark-server.1.gz DESTINATION share/man/man1)
-install(FILES ${tessark_linux}/copyright ${tessark_generated}/changelog.gz DESTINATION share/doc/tessark-server)
+install(FILES ${tessark_linux}/copyright ${tessark_linux}/README.Debian ${tessark_generated}/changelog.gz
+        DESTINATION share/doc/tessark-server)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tessark-server)
@@ -80,7 +84,12 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 # Dependencies from the libraries the program links (dpkg-shlibdeps, from dpkg-dev). The
 # status window also needs a Qt platform plugin, which no library link names.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The unit's ExecReload= runs /bin/kill.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS procps)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qt6-qpa-plugins)
+# The maintainer scripts, and the settings file dpkg keeps when an operator has changed it.
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${tessark_linux}/postinst ${tessark_linux}/prerm ${tessark_linux}/postrm
+                                       ${tessark_linux}/conffiles)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 include(CPack)

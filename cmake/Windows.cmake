@@ -5,8 +5,13 @@
 # Programs made from here on (tests, benchmarks) land beside the server and its DLLs.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 set_target_properties(tessark-server PROPERTIES WIN32_EXECUTABLE ON)
-# The icon Explorer, the Start menu entry and the taskbar show.
-target_sources(tessark-server PRIVATE ${CMAKE_CURRENT_LIST_DIR}/windows/tessark-server.rc)
+# The icon Explorer, the Start menu entry and the taskbar show, and the version record; the
+# installer states the same (cmake/WindowsPackage.cmake).
+set(TESSARK_WINDOWS_DIR ${CMAKE_CURRENT_LIST_DIR}/windows)
+set(TESSARK_WINDOWS_COMPANY "Tessark")
+set(TESSARK_WINDOWS_COPYRIGHT "Copyright 2026 the Tessark Server developers. MIT licence.")
+configure_file(${TESSARK_WINDOWS_DIR}/tessark-server.rc.in ${CMAKE_BINARY_DIR}/tessark-server.rc @ONLY)
+target_sources(tessark-server PRIVATE ${CMAKE_BINARY_DIR}/tessark-server.rc)
 
 # Debian ships GoogleTest for MinGW only as source (libgtest-dev: /usr/src/googletest).
 set(BUILD_GMOCK ON CACHE BOOL "" FORCE)

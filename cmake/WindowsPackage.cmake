@@ -39,6 +39,12 @@ set(CPACK_NSIS_MUI_UNIICON ${CMAKE_CURRENT_LIST_DIR}/windows/tessark-server.ico)
 set(CPACK_NSIS_INSTALLED_ICON_NAME tessark-server.exe)
 set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
 
+# The installer's version record and the option to start the server at log on
+# (cmake/windows/installer.nsh.in, included at the top of the script below).
+configure_file(${CMAKE_CURRENT_LIST_DIR}/windows/installer.nsh.in ${CMAKE_BINARY_DIR}/cpack/installer.nsh @ONLY)
+set(CPACK_NSIS_EXTRA_INSTALL_COMMANDS "Call TessarkInstallAutoStart")
+set(CPACK_NSIS_EXTRA_UNINSTALL_COMMANDS "Call un.TessarkRemoveAutoStart")
+
 # CMake's installer script asks for administrator rights and installs for all users; this one
 # is the same script for the current user, and a 64-bit installer for the 64-bit program (which
 # is also what 64-bit-only Wine runs).
@@ -49,6 +55,15 @@ string(REPLACE "RequestExecutionLevel admin" "RequestExecutionLevel user" nsis_t
 string(REPLACE "SetShellVarContext all" "SetShellVarContext current" nsis_template "${nsis_template}")
 string(REPLACE "HKLM \"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall"
                "SHCTX \"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall" nsis_template "${nsis_template}")
+# The version record and the autostart option: the definitions, what was chosen before (read
+# before an old version is uninstalled) and the last page's checkbox.
+string(REPLACE "@CPACK_NSIS_DEFINES@" "!include \"${CMAKE_BINARY_DIR}/cpack/installer.nsh\"\n@CPACK_NSIS_DEFINES@"
+               nsis_template "${nsis_template}")
+string(REPLACE "Function .onInit\n" "Function .onInit\n  Call TessarkReadAutoStart\n" nsis_template
+               "${nsis_template}")
+string(REPLACE "  !insertmacro MUI_PAGE_FINISH\n"
+               "  !define MUI_PAGE_CUSTOMFUNCTION_PRE TessarkFinishPre\n  !insertmacro MUI_PAGE_FINISH\n"
+               nsis_template "${nsis_template}")
 file(WRITE ${CMAKE_BINARY_DIR}/cpack/NSIS.template.in "${nsis_template}")
 list(APPEND CMAKE_MODULE_PATH ${CMAKE_BINARY_DIR}/cpack)
 

@@ -28,14 +28,14 @@ struct CommandLine {
 };
 
 // Reads QCoreApplication::arguments() (the program's name first, Qt's own options removed).
-// --help and --version print and end the process in here (Qt's QCommandLineParser::process()),
-// with the application's name and version.
+// --help and --version are printed through tellUser and end with status 0; --help-all ends the
+// process in here (Qt's QCommandLineParser::process()).
 CommandLine readCommandLine(const QStringList& arguments);
 
 // "1.1.0", the project's version.
 QString programVersion();
 
 // Prints a line for whoever started the program (stdout or stderr). A Windows program for the
-// desktop started with neither a console nor redirected output shows it in a message box, as
-// Qt's own command-line messages do there.
+// desktop writes to its redirected output or joins the console it was started from; started
+// with neither (from Explorer), it shows the text in a message box.
 void tellUser(const QString& text, std::FILE* stream);
