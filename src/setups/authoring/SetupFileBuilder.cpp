@@ -54,9 +54,10 @@ void catalogueBuiltSetup(SetupCatalogue& setups, const std::string& setupName, c
     bool known = false;
     for (int i = 1; i <= list.ubound(); ++i)
         known = known || list[i].name == setupName;
-    if (!known) {
-        setups.editableList().append().filePath = path.toLatin1().toStdString();
-        setups.writeList();
+    if (known) {
+        setups.reload();
+        return;
     }
-    setups.reload();
+    setups.editableList().append().filePath = path.toLatin1().toStdString();
+    setups.commit();
 }

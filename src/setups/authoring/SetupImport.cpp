@@ -1,5 +1,7 @@
 #include "setups/authoring/SetupImport.h"
 
+#include "basics/CappedRead.h"
+#include "basics/Text.h"
 #include "discovery/FalconDiscovery.h"
 #include "setups/SetupCatalogue.h"
 #include "setups/SetupFile.h"
@@ -7,23 +9,27 @@
 #include "setups/authoring/SetupFileBuilder.h"
 
 namespace {
-std::vector<std::string> linesWithName(const QString& path) {
-    std::vector<std::string> lines = readRawLines(path);
-    if (lines.empty()) throw RuntimeError(62, "Input past end of file");
-    return lines;
+// The file's bytes, which must hold at least a name line.
+QByteArray setupBytes(const QString& path, qint64 maxBytes) {
+    QByteArray bytes = readCapped(path, maxBytes, "[files] max-setup-size");
+    if (bytes.isEmpty()) throw RuntimeError(62, "Input past end of file");
+    return bytes;
 }
 } // namespace
 
-void readSetupForEdit(WizardState& state, const QString& localPath) {
+void readSetupForEdit(WizardState& state, const QString& localPath, qint64 maxBytes) {
     readInstallationKey(state.falcon);
     chooseConfigFile(state.falcon);
     state.configOptions = readConfigOptions(localFilePath(state.falcon.configFile));
     state.selectedFiles.reset();
 
-    const std::vector<std::string> lines = linesWithName(localPath);
-    state.setupName = lines.front();
-    for (size_t i = 1; i < lines.size(); ++i) {
-        const std::string record = recordLineOrEmpty(lines[i]);
+    const QByteArray bytes = setupBytes(localPath, maxBytes);
+    text::LineCursor lines(bytesView(bytes));
+    std::string_view line;
+    lines.next(line);
+    state.setupName = std::string(line);
+    while (lines.next(line)) {
+        const std::string record = recordLineOrEmpty(line);
         if (record.empty()) continue;
         const SetupRecordFields fields = interpretRecordLine(record);
         if (fields.kind == "CHKSIM") {
@@ -42,13 +48,20 @@ void readSetupForEdit(WizardState& state, const QString& localPath) {
 }
 
 void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath) {
-    const std::vector<std::string> lines = linesWithName(chosenPath);
-    const QString target = setupFilePath(appDir, lines.front());
+    const QByteArray bytes = setupBytes(chosenPath, setups.limits().setupFileBytes);
+    text::LineCursor lines(bytesView(bytes));
+    std::string_view name;
+    lines.next(name);
+    const QString target = setupFilePath(appDir, std::string(name));
     if (target != chosenPath) {
-        SetupFileWriter out(target);
-        for (const std::string& line : lines)
-            out.line(line);
-        out.close();
+        // Every line as read, each ended as the format ends lines, in one piece: the copy is
+        // whole or the old file stays.
+        std::string copy;
+        copy.reserve(static_cast<size_t>(bytes.size()) + 2);
+        text::LineCursor all(bytesView(bytes));
+        for (std::string_view line; all.next(line);)
+            copy.append(line).append("\r\n");
+        writeWholeFile(target, copy);
     }
     setups.editableList().append().filePath = target.toLatin1().toStdString();
     setups.commit();

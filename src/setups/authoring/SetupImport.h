@@ -12,9 +12,11 @@ class SetupCatalogue;
 // the entries of that name, and CHKSIM sets the "Sim" check (which is otherwise left as the
 // last run left it). Stored checksums, values, flavour and theater are not kept: the rewrite
 // takes them from the installation as it is now.
-void readSetupForEdit(WizardState& state, const QString& localPath);
+// A file beyond maxBytes raises the run-time error of CappedRead.h, unread.
+void readSetupForEdit(WizardState& state, const QString& localPath, qint64 maxBytes);
 
 // Import: the file is copied verbatim to appDir + its name line + ".stp" (unless that is the
 // file itself) and catalogued, duplicates and all. Raises "Input past end of file" (62) for a
-// file without even a name line.
+// file without even a name line, and the catalogue's cap on setup files applies. A failure to
+// write leaves any old file of that name as it was.
 void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath);

@@ -43,7 +43,11 @@ int importSetup(const QStringList& arguments, SetupCatalogue& catalogue, const Q
     const QFileInfo chosen(file);
     if (!chosen.isFile()) throw UsageError{"no such file: " + file};
     // What the import would refuse part-way, refused before it starts.
-    const std::optional<std::vector<std::string>> lines = text::fileLines(chosen.absoluteFilePath());
+    const qint64 cap = catalogue.limits().setupFileBytes;
+    if (chosen.size() > cap)
+        throw UsageError{file + " holds " + QString::number(chosen.size()) + " bytes, more than the " +
+                         QString::number(cap) + " a setup file may hold ([files] max-setup-size)"};
+    const std::optional<std::vector<std::string>> lines = text::fileLines(chosen.absoluteFilePath(), cap);
     if (!lines) throw UsageError{"cannot read " + file};
     if (lines->empty()) throw UsageError{file + " is empty: its first line must be the setup's name"};
     const std::string& name = lines->front();

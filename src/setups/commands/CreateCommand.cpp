@@ -10,7 +10,6 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
-#include <QTemporaryFile>
 
 namespace setup_commands {
 namespace {
@@ -72,18 +71,6 @@ void tickEntries(WizardState& state, const QStringList& entries) {
     }
 }
 
-// The setup file written under a temporary name beside its place and put there once whole,
-// so a failure part-way leaves no half-written setup (and any old one of that name as it was).
-void writeWhole(const WizardState& state, const QString& path) {
-    QTemporaryFile partial(QFileInfo(path).absolutePath() + "/setup-XXXXXX.part");
-    if (!partial.open()) throw RuntimeError(75, "Path/File access error");
-    partial.close();
-    writeSetupFile(state, partial.fileName(), {});
-    if (QFileInfo::exists(path) && !QFile::remove(path)) throw RuntimeError(75, "Path/File access error");
-    if (!partial.rename(path)) throw RuntimeError(75, "Path/File access error");
-    partial.setAutoRemove(false);
-}
-
 } // namespace
 
 int createSetup(const QStringList& arguments, SetupCatalogue& catalogue, const QString& programDir,
@@ -125,11 +112,12 @@ int createSetup(const QStringList& arguments, SetupCatalogue& catalogue, const Q
     tickEntries(state, parser.values("config"));
 
     const bool replaced = QFileInfo::exists(path);
-    writeWhole(state, path);
+    writeSetupFile(state, path, {});
     catalogueBuiltSetup(catalogue, state.setupName, path);
 
     out << (replaced ? "Rewrote " : "Wrote ") << path << "\n";
-    for (const std::string& line : text::fileLines(path).value_or(std::vector<std::string>{}))
+    for (const std::string& line :
+         text::fileLines(path, catalogue.limits().setupFileBytes).value_or(std::vector<std::string>{}))
         out << "  " << text::display(line) << "\n";
     const auto& setups = catalogue.list();
     for (int i = 1; i <= setups.ubound(); ++i)
