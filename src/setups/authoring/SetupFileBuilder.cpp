@@ -1,6 +1,7 @@
 #include "setups/authoring/SetupFileBuilder.h"
 
 #include "basics/Text.h"
+#include "discovery/InstalledFile.h"
 
 #include "setups/Checksum.h"
 #include "setups/SetupCatalogue.h"
@@ -37,7 +38,11 @@ void writeSetupFile(const WizardState& state, const QString& path, const BuildPr
     step();
     for (int k = 1; k <= files; ++k) {
         const std::string& file = state.selectedFiles[k];
-        const std::string checksum = fileChecksumText(localFilePath(state.falcon.baseDir + file), during);
+        // A path read from an edited setup may lead anywhere; out of the installation it is no
+        // file of it.
+        const QString local = installedFilePath(state.falcon.baseDir, file);
+        if (local.isEmpty()) throw errors::fileNotFound();
+        const std::string checksum = fileChecksumText(local, during);
         out.line("CHKSUM@" + file + "@" + checksum);
         step();
     }

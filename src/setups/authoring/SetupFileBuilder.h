@@ -24,7 +24,8 @@ struct BuildProgress {
 // Writes the setup file, replacing any of that name: name, CURSET, CHKSIM when asked for,
 // CURTHE, a CHKSUM line per chosen file, a CONFIG line per ticked entry. The file is whole or not
 // there: a failing checksum or write raises its run-time error with any old file of that name as
-// it was.
+// it was. A chosen file that leads out of the installation (see InstalledFile.h) raises "File
+// not found" as a missing one does.
 void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress);
 
 // A setup of that name joins the catalogue unless one already has it; the catalogue is then
