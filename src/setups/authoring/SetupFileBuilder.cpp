@@ -7,10 +7,26 @@
 #include "setups/SetupCatalogue.h"
 #include "setups/SetupFile.h"
 
+namespace {
+// Windows opens the device, not a file, for these names with any extension ("NUL.stp",
+// "com1.old.stp"), whatever the case, with blanks before the extension too. The digits include
+// the superscripts one, two and three of the Latin-1 code page.
+bool isWindowsDeviceName(std::string_view name) {
+    std::string base = text::upper(std::string(name.substr(0, name.find('.'))));
+    base.erase(base.find_last_not_of(' ') + 1);
+    for (const char* device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$", "CLOCK$"})
+        if (base == device) return true;
+    if (base.size() != 4 || (base.rfind("COM", 0) != 0 && base.rfind("LPT", 0) != 0)) return false;
+    const unsigned char digit = static_cast<unsigned char>(base[3]);
+    return (digit >= '0' && digit <= '9') || digit == 0xB9 || digit == 0xB2 || digit == 0xB3;
+}
+} // namespace
+
 QString setupFilePath(const QString& appDir, const std::string& setupName) {
     for (unsigned char c : setupName)
         if (c < 32 || std::string_view("\\/:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos)
             throw RuntimeError(52, "Bad file name or number");
+    if (isWindowsDeviceName(setupName)) throw RuntimeError(52, "Bad file name or number");
     return appDir + text::display(setupName) + ".stp";
 }
 

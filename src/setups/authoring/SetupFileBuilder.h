@@ -10,8 +10,9 @@
 class SetupCatalogue;
 
 // appDir + name + ".stp". A name the file system would refuse (one of \ / : * ? " < > | or a
-// control character, refused everywhere so a setup made here can be used on any machine)
-// raises "Bad file name or number" (52).
+// control character, or a name Windows keeps for a device: CON, PRN, AUX, NUL, COM1..COM9,
+// LPT1..LPT9..., refused everywhere so a setup made here can be used on any machine) raises
+// "Bad file name or number" (52).
 QString setupFilePath(const QString& appDir, const std::string& setupName);
 
 // Called after each step with (steps done, steps in all); the caller lets events run there.

@@ -57,7 +57,7 @@ int importSetup(const QStringList& arguments, SetupCatalogue& catalogue, const Q
     } catch (const RuntimeError&) {
         throw UsageError{"the name line of " + file + ", \"" + text::display(name) +
                          "\", cannot be a file name (it holds one of \\ / : * ? \" < > | or a control "
-                         "character)"};
+                         "character, or is a name Windows keeps for a device, such as CON, NUL or COM1)"};
     }
     // A file that already lies beside the program under its name is catalogued, not copied.
     const QFileInfo existing(target);

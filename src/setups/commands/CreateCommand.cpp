@@ -99,7 +99,8 @@ int createSetup(const QStringList& arguments, SetupCatalogue& catalogue, const Q
     } catch (const RuntimeError&) {
         throw UsageError{
             "--name " + names.front() +
-            ": cannot be a file name (it holds one of \\ / : * ? \" < > | or a control character)"};
+            ": cannot be a file name (it holds one of \\ / : * ? \" < > | or a control character, or "
+            "is a name Windows keeps for a device, such as CON, NUL or COM1)"};
     }
     readInstallationKey(state.falcon);
     chooseConfigFile(state.falcon);
