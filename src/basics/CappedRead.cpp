@@ -8,13 +8,17 @@
 
 #include <algorithm>
 
+RuntimeError fileTooLarge(const QString& what, const std::string& size, qint64 maxBytes,
+                          std::string_view setting) {
+    return {kFileTooLarge, "Out of memory: " + QDir::toNativeSeparators(what).toStdString() + " holds " +
+                               size + " bytes, more than the " + std::to_string(maxBytes) + " that " +
+                               std::string(setting) + " allows; it was not read"};
+}
+
 namespace {
 [[noreturn]] void tooLarge(const QString& path, const std::string& size, qint64 maxBytes,
                            std::string_view setting) {
-    throw RuntimeError(kFileTooLarge, "Out of memory: " + QDir::toNativeSeparators(path).toStdString() +
-                                          " holds " + size + " bytes, more than the " +
-                                          std::to_string(maxBytes) + " that " + std::string(setting) +
-                                          " allows; it was not read");
+    throw fileTooLarge(path, size, maxBytes, setting);
 }
 } // namespace
 

@@ -6,7 +6,10 @@
 #include <QByteArray>
 #include <QString>
 
+#include <string>
 #include <string_view>
+
+struct RuntimeError;
 
 // The number of the run-time error that a file beyond its cap raises.
 inline constexpr int kFileTooLarge = 7;
@@ -16,6 +19,11 @@ inline constexpr int kFileTooLarge = 7;
 // maxBytes, "Device I/O error" (57) when reading fails. `setting` names where the cap is set,
 // for the message ("[files] max-setup-size").
 QByteArray readCapped(const QString& path, qint64 maxBytes, std::string_view setting);
+
+// The error readCapped raises for `what` (a path, or where the bytes came from) of `size` bytes
+// ("more than N" when the size is not known).
+RuntimeError fileTooLarge(const QString& what, const std::string& size, qint64 maxBytes,
+                          std::string_view setting);
 
 inline std::string_view bytesView(const QByteArray& bytes) {
     return {bytes.constData(), static_cast<size_t>(bytes.size())};

@@ -9,9 +9,11 @@
 #include "setups/authoring/SetupFileBuilder.h"
 
 namespace {
+constexpr std::string_view kSetupCap = "[files] max-setup-size";
+
 // The file's bytes, which must hold at least a name line.
 QByteArray setupBytes(const QString& path, qint64 maxBytes) {
-    QByteArray bytes = readCapped(path, maxBytes, "[files] max-setup-size");
+    QByteArray bytes = readCapped(path, maxBytes, kSetupCap);
     if (bytes.isEmpty()) throw RuntimeError(62, "Input past end of file");
     return bytes;
 }
@@ -48,7 +50,14 @@ void readSetupForEdit(WizardState& state, const QString& localPath, qint64 maxBy
 }
 
 void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath) {
-    const QByteArray bytes = setupBytes(chosenPath, setups.limits().setupFileBytes);
+    importSetupContent(setups, appDir, setupBytes(chosenPath, setups.limits().setupFileBytes), chosenPath);
+}
+
+void importSetupContent(SetupCatalogue& setups, const QString& appDir, const QByteArray& bytes,
+                        const QString& chosenPath) {
+    const qint64 cap = setups.limits().setupFileBytes;
+    if (bytes.size() > cap) throw fileTooLarge(chosenPath, std::to_string(bytes.size()), cap, kSetupCap);
+    if (bytes.isEmpty()) throw RuntimeError(62, "Input past end of file");
     text::LineCursor lines(bytesView(bytes));
     std::string_view name;
     lines.next(name);

@@ -3,6 +3,7 @@
 // the program directory to offer it to players.
 #include "setups/authoring/WizardState.h"
 
+#include <QByteArray>
 #include <QString>
 
 class SetupCatalogue;
@@ -20,3 +21,7 @@ void readSetupForEdit(WizardState& state, const QString& localPath, qint64 maxBy
 // file without even a name line, and the catalogue's cap on setup files applies. A failure to
 // write leaves any old file of that name as it was.
 void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath);
+// The same for a file's content read elsewhere (by the command line, say); chosenPath is the file
+// it came from, compared with the target as above. Content beyond the cap is refused unwritten.
+void importSetupContent(SetupCatalogue& setups, const QString& appDir, const QByteArray& content,
+                        const QString& chosenPath);
