@@ -64,7 +64,9 @@ void ErrorLog::write(const std::string& message) {
 
 std::vector<std::pair<std::string, qint64>> ErrorLog::countsByRoutine() const {
     std::vector<std::pair<std::string, qint64>> merged;
-    for (const auto& [routine, count] : counts_) {
+    for (const auto& [name, count] : counts_) {
+        // A copy for the lambda: the clang the fuzz targets build with captures no structured binding.
+        const std::string_view routine = name;
         auto found = std::find_if(merged.begin(), merged.end(),
                                   [&](const auto& entry) { return entry.first == routine; });
         if (found == merged.end())

@@ -29,8 +29,9 @@ int lastSystemError() {
 
 RuntimeError classicFailure(int systemError) {
 #ifdef Q_OS_WIN
+    constexpr int kQuotaExceeded = 1295; // ERROR_DISK_QUOTA_EXCEEDED, which MinGW's headers lack
     const bool full = systemError == ERROR_DISK_FULL || systemError == ERROR_HANDLE_DISK_FULL ||
-                      systemError == ERROR_DISK_QUOTA_EXCEEDED;
+                      systemError == kQuotaExceeded;
     const bool device = systemError == ERROR_CRC || systemError == ERROR_IO_DEVICE ||
                         systemError == ERROR_WRITE_FAULT || systemError == ERROR_GEN_FAILURE;
 #else
