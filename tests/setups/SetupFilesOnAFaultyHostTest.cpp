@@ -56,6 +56,7 @@ TEST(SetupFilesOnAFaultyHost, AFullDiskChangesNoSetupAndNoListAndTheCommandsSayS
     EXPECT_EQ(ts.readFile("Evening.stp"), kEvening);
     EXPECT_EQ(ts.readFile("tessark.ini"), list);
     ASSERT_EQ(ts.server().setups().list().ubound(), 2);
+    EXPECT_EQ(log.count("Evening.stp not written: run-time error 61: Disk full"), 1);
 
     // A removal, or a setup listed where it lies: tessark.ini cannot be written, so it keeps the
     // list it had, and so does the server.

@@ -1,5 +1,6 @@
 #include "setups/authoring/SetupFileBuilder.h"
 
+#include "basics/OperatorLog.h"
 #include "basics/Text.h"
 #include "discovery/InstalledFile.h"
 
@@ -30,7 +31,8 @@ QString setupFilePath(const QString& appDir, const std::string& setupName) {
     return appDir + text::display(setupName) + ".stp";
 }
 
-void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress) {
+namespace {
+void writeLines(const WizardState& state, const QString& path, const BuildProgress& progress) {
     const int files = state.selectedFiles.ubound();
     const int options = state.configOptions.ubound();
     const int total = files + options + 4;
@@ -68,6 +70,18 @@ void writeSetupFile(const WizardState& state, const QString& path, const BuildPr
         step();
     }
     out.close();
+}
+} // namespace
+
+void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress) {
+    try {
+        writeLines(state, path, progress);
+    } catch (const RuntimeError& e) {
+        // Told here too: the window's error box or the command's answer may reach nobody who keeps it.
+        qCWarning(lcSetups, "setup file %s not written: run-time error %d: %s", qUtf8Printable(path),
+                  e.number, e.what());
+        throw;
+    }
 }
 
 void catalogueBuiltSetup(SetupCatalogue& setups, const std::string& setupName, const QString& path) {

@@ -1,6 +1,7 @@
 #include "setups/authoring/SetupImport.h"
 
 #include "basics/CappedRead.h"
+#include "basics/OperatorLog.h"
 #include "basics/Text.h"
 #include "discovery/FalconDiscovery.h"
 #include "setups/SetupCatalogue.h"
@@ -70,7 +71,13 @@ void importSetupContent(SetupCatalogue& setups, const QString& appDir, const QBy
         text::LineCursor all(bytesView(bytes));
         for (std::string_view line; all.next(line);)
             copy.append(line).append("\r\n");
-        writeWholeFile(target, copy);
+        try {
+            writeWholeFile(target, copy);
+        } catch (const RuntimeError& e) {
+            qCWarning(lcSetups, "import of %s: %s not written: run-time error %d: %s",
+                      qUtf8Printable(chosenPath), qUtf8Printable(target), e.number, e.what());
+            throw;
+        }
     }
     setups.editableList().append().filePath = target.toLatin1().toStdString();
     setups.commit();
