@@ -7,7 +7,6 @@
 #include <QTemporaryFile>
 
 #include <cerrno>
-#include <cstring>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
@@ -55,12 +54,7 @@ RuntimeError classicFailure(int systemError) {
 }
 
 QString systemReason(int systemError, const QString& fallback) {
-#ifdef Q_OS_WIN
-    Q_UNUSED(systemError);
-    return fallback;
-#else
-    return systemError != 0 ? QString::fromLocal8Bit(std::strerror(systemError)) : fallback;
-#endif
+    return systemError != 0 ? qt_error_string(systemError) : fallback;
 }
 
 #ifndef Q_OS_WIN
@@ -117,24 +111,29 @@ void WholeFileWriter::commit() {
                           QFileDevice::ReadOther);
     const QString temporary = file_->fileName();
 #ifdef Q_OS_WIN
-    // Windows renames no open file, and replaces an existing one only when asked to.
-    file_->close();
+    // Windows renames no open file, and a temporary file's close() keeps its handle open for a
+    // reopening: only its end lets the file go. An existing file is replaced only when asked.
+    file_->setAutoRemove(false);
+    file_.reset();
     const bool renamed =
         MoveFileExW(reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(temporary).utf16()),
                     reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path_).utf16()),
                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    if (!renamed) {
+        const int error = lastSystemError();
+        QFile::remove(temporary);
+        fail(path_, error, systemReason(error, "the new file could not take its name"));
+    }
 #else
     // rename() replaces whatever entry has the name, a link planted since the check included,
     // and never follows it.
-    const bool renamed =
-        ::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path_).constData()) == 0;
-#endif
-    if (!renamed) {
+    if (::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path_).constData()) != 0) {
         const int error = lastSystemError();
         fail(path_, error, systemReason(error, "the new file could not take its name"));
     }
     file_->setAutoRemove(false);
-    file_->close();
+    file_.reset();
+#endif
 #ifndef Q_OS_WIN
     syncDirectory(QFileInfo(path_).absolutePath());
 #endif
