@@ -7,6 +7,12 @@
 #include <QFile>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#ifndef Q_OS_WIN
+#include <unistd.h>
+#endif
 
 void ErrorLog::trapped(std::string_view routine, const RuntimeError& error, std::string_view suffix) {
     auto counted = std::find_if(counts_.begin(), counts_.end(),
@@ -37,19 +43,30 @@ void ErrorLog::write(const std::string& message) {
         return;
     }
     std::string line = logTimestamp() + " -/- Error at " + message + "\r\n";
-    const bool written =
+    bool written =
         file.write(line.data(), static_cast<qint64>(line.size())) == static_cast<qint64>(line.size()) &&
         file.flush();
-    if (!written)
-        qCCritical(lcRun, "the error log %s could not take the line: %s", qUtf8Printable(path_),
-                   qUtf8Printable(file.errorString()));
+#ifndef Q_OS_WIN
+    // The program ends next: a line the system took but cannot put on the disk (a full disk
+    // under delayed allocation, a network file system) is known only here.
+    written = written && ::fsync(file.handle()) == 0;
+#endif
+    const QString reason = file.error() != QFileDevice::NoError
+                               ? file.errorString()
+                               : QString::fromLocal8Bit(std::strerror(errno));
     file.close();
+    written = written && file.error() == QFileDevice::NoError;
+    if (!written)
+        qCCritical(lcRun, "the error log %s could not take the line (%s); the error was: %s",
+                   qUtf8Printable(path_), qUtf8Printable(reason), message.c_str());
     if (endProgram_) endProgram_();
 }
 
 std::vector<std::pair<std::string, qint64>> ErrorLog::countsByRoutine() const {
     std::vector<std::pair<std::string, qint64>> merged;
-    for (const auto& [routine, count] : counts_) {
+    for (const auto& [name, count] : counts_) {
+        // A copy for the lambda: the clang the fuzz targets build with captures no structured binding.
+        const std::string_view routine = name;
         auto found = std::find_if(merged.begin(), merged.end(),
                                   [&](const auto& entry) { return entry.first == routine; });
         if (found == merged.end())

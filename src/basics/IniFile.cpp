@@ -1,9 +1,9 @@
 #include "basics/IniFile.h"
 
+#include "basics/CappedRead.h"
+#include "basics/RuntimeError.h"
 #include "basics/Text.h"
-
-#include <QFile>
-#include <QSaveFile>
+#include "basics/WholeFile.h"
 
 #include <algorithm>
 #include <optional>
@@ -28,8 +28,14 @@ bool sameText(const std::string& a, const std::string& b) {
            });
 }
 
-std::vector<std::string> readLines(const QString& fileName) {
-    return text::fileLines(fileName).value_or(std::vector<std::string>{});
+// The file's bytes; none when it is missing or cannot be opened, which reads as empty.
+QByteArray readBytes(const QString& fileName, qint64 maxBytes) {
+    try {
+        return readCapped(fileName, maxBytes, "[files] max-ini-size");
+    } catch (const RuntimeError& e) {
+        if (e.number == errors::fileNotFound().number) return {};
+        throw;
+    }
 }
 
 // The section name of a "[name]" line, or nothing for any other line.
@@ -97,10 +103,13 @@ void applyEntry(std::vector<std::string>& lines, const IniEntry& e) {
 
 } // namespace
 
-IniSnapshot::IniSnapshot(const QString& fileName) {
+IniSnapshot::IniSnapshot(const QString& fileName, qint64 maxBytes) {
+    const QByteArray bytes = readBytes(fileName, maxBytes);
     std::string section;
     bool inSection = false;
-    for (const std::string& line : readLines(fileName)) {
+    text::LineCursor lines(bytesView(bytes));
+    for (std::string_view view; lines.next(view);) {
+        const std::string line(view);
         if (auto name = sectionOf(line)) {
             section = lower(*name);
             inSection = true;
@@ -117,24 +126,32 @@ std::string IniSnapshot::read(const std::string& section, const std::string& key
     return found == values_.end() ? std::string() : found->second;
 }
 
-std::string readIni(const std::string& section, const std::string& key, const QString& fileName) {
-    return IniSnapshot(fileName).read(section, key);
+std::string readIni(const std::string& section, const std::string& key, const QString& fileName,
+                    qint64 maxBytes) {
+    return IniSnapshot(fileName, maxBytes).read(section, key);
 }
 
 void writeIni(const std::string& section, const std::string& key, const std::string& value,
-              const QString& fileName) {
-    writeIniAll({{section, key, value}}, fileName);
+              const QString& fileName, qint64 maxBytes) {
+    writeIniAll({{section, key, value}}, fileName, maxBytes);
 }
 
-void writeIniAll(const std::vector<IniEntry>& entries, const QString& fileName) {
-    std::vector<std::string> lines = readLines(fileName);
+namespace {
+void writeLines(std::vector<std::string> lines, const std::vector<IniEntry>& entries,
+                const QString& fileName) {
     for (const IniEntry& e : entries)
         applyEntry(lines, e);
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly)) return;
-    for (const std::string& line : lines) {
-        file.write(line.data(), static_cast<qint64>(line.size()));
-        file.write("\r\n", 2);
-    }
-    file.commit();
+    std::string text;
+    for (const std::string& line : lines)
+        text.append(line).append("\r\n");
+    writeWholeFile(fileName, text);
+}
+} // namespace
+
+void writeIniAll(const std::vector<IniEntry>& entries, const QString& fileName, qint64 maxBytes) {
+    writeLines(text::splitLines(bytesView(readBytes(fileName, maxBytes))), entries, fileName);
+}
+
+void replaceIni(const std::vector<IniEntry>& entries, const QString& fileName) {
+    writeLines({}, entries, fileName);
 }

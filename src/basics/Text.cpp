@@ -1,5 +1,8 @@
 #include "basics/Text.h"
 
+#include "basics/CappedRead.h"
+#include "basics/RuntimeError.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -116,26 +119,35 @@ QString printable(std::string_view s, size_t maxChars) {
     return shown;
 }
 
+bool LineCursor::next(std::string_view& line) {
+    if (rest_.empty()) return false;
+    const size_t end = rest_.find_first_of("\r\n");
+    if (end == std::string_view::npos) {
+        line = rest_;
+        rest_ = {};
+        return true;
+    }
+    line = rest_.substr(0, end);
+    rest_.remove_prefix(end +
+                        ((rest_[end] == '\r' && end + 1 < rest_.size() && rest_[end + 1] == '\n') ? 2 : 1));
+    return true;
+}
+
 std::vector<std::string> splitLines(std::string_view bytes) {
     std::vector<std::string> lines;
-    size_t start = 0;
-    while (start < bytes.size()) {
-        size_t end = bytes.find_first_of("\r\n", start);
-        if (end == std::string_view::npos) {
-            lines.emplace_back(bytes.substr(start));
-            break;
-        }
-        lines.emplace_back(bytes.substr(start, end - start));
-        start = end + ((bytes[end] == '\r' && end + 1 < bytes.size() && bytes[end + 1] == '\n') ? 2 : 1);
-    }
+    LineCursor cursor(bytes);
+    for (std::string_view line; cursor.next(line);)
+        lines.emplace_back(line);
     return lines;
 }
 
-std::optional<std::vector<std::string>> fileLines(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
-    const QByteArray all = file.readAll();
-    return splitLines(std::string_view(all.constData(), static_cast<size_t>(all.size())));
+std::optional<std::vector<std::string>> fileLines(const QString& path, qint64 maxBytes) {
+    try {
+        const QByteArray all = readCapped(path, maxBytes, "the cap");
+        return splitLines(bytesView(all));
+    } catch (const RuntimeError&) {
+        return std::nullopt;
+    }
 }
 
 std::string upper(std::string s) {

@@ -56,8 +56,20 @@ QString printable(std::string_view s, size_t maxChars = 80);
 // The lines of a text file as read: CR LF, a lone LF and a lone CR each end a line, and a last
 // line without an end counts too. Line ends are removed.
 std::vector<std::string> splitLines(std::string_view bytes);
-// The lines of a file by the same rule, or nothing when it cannot be read.
-std::optional<std::vector<std::string>> fileLines(const QString& path);
+// The same lines one at a time, as views into the text: a file of nothing but line ends costs
+// no string per line.
+class LineCursor {
+  public:
+    explicit LineCursor(std::string_view bytes) : rest_(bytes) {}
+    // The next line into `line`; false when there is none.
+    bool next(std::string_view& line);
+
+  private:
+    std::string_view rest_;
+};
+// The lines of a file by the same rule, or nothing when it cannot be read or holds more than
+// maxBytes.
+std::optional<std::vector<std::string>> fileLines(const QString& path, qint64 maxBytes);
 
 // ASCII letters in upper case; other bytes as they are.
 std::string upper(std::string s);

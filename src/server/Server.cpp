@@ -83,15 +83,22 @@ void Server::start() {
     display_.showAwacsCount(QString::number(awacs_->listed().ubound()));
     display_.showSimCount(QString::number(sims_->simulators().ubound()));
 
+    setups_->setLimits(settings_.files);
     bool logOn = false;
     if (!QFile::exists(iniFile_)) {
-        QFile created(iniFile_);
-        if (!created.open(QIODevice::WriteOnly)) throw RuntimeError(75, "Path/File access error");
-        created.close();
-        writeIniAll({{"SETUPLIST", "NUM", "0"}, {"DEBUG", "LOG", "0"}}, iniFile_);
+        try {
+            replaceIni({{"SETUPLIST", "NUM", "0"}, {"DEBUG", "LOG", "0"}}, iniFile_);
+        } catch (const RuntimeError& e) {
+            qCCritical(lcRun, "%s cannot be created: %s", qUtf8Printable(iniFile_), e.what());
+            throw;
+        }
     } else {
         setups_->readList();
-        logOn = readIni("DEBUG", "LOG", iniFile_) == "1";
+        try {
+            logOn = readIni("DEBUG", "LOG", iniFile_, settings_.files.iniFileBytes) == "1";
+        } catch (const RuntimeError&) {
+            // Too large to read (the catalogue has said so): no switch in it is taken.
+        }
     }
     errorLog_.setEnabled(logOn);
     if (logOn) {
@@ -142,6 +149,7 @@ void Server::reload(const QString& why) {
             settings_ = reading.settings;
             settings_.listen = listen;
             settingsRead_ = reading;
+            setups_->setLimits(settings_.files);
             emit settingsChanged(settings_);
         }
     }

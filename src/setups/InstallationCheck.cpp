@@ -2,6 +2,7 @@
 
 #include "basics/RuntimeError.h"
 #include "basics/Text.h"
+#include "discovery/InstalledFile.h"
 #include "setups/Checksum.h"
 #include "setups/authoring/ConfigOptions.h"
 
@@ -47,8 +48,8 @@ LineVerdict InstallationCheck::check(std::string_view line) const {
     if (kind == "CHKSIM") return verdict(!QFileInfo(localFilePath(falcon_.baseDir + "Sim")).isDir());
     if (kind == "CHKSUM") {
         if (!value) return LineVerdict::Fails;
-        const QString local = localFilePath(falcon_.baseDir + *value);
-        if (!QFileInfo(local).isFile()) return LineVerdict::Fails;
+        const QString local = installedFilePath(falcon_.baseDir, *value);
+        if (local.isEmpty()) return LineVerdict::Fails;
         try {
             return verdict(fileChecksumText(local) == fieldOr(fields, 3));
         } catch (const RuntimeError&) {

@@ -1,5 +1,6 @@
 #include "setups/SetupCatalogue.h"
 
+#include "basics/CappedRead.h"
 #include "basics/ErrorTrap.h"
 #include "basics/IniFile.h"
 #include "basics/OperatorLog.h"
@@ -9,6 +10,8 @@
 
 #include <QFile>
 #include <QFileInfo>
+
+#include <optional>
 
 namespace {
 // Setup file paths are stored the way the squadron's Windows tools write them; the file
@@ -31,7 +34,18 @@ void SetupCatalogue::reset() {
 
 void SetupCatalogue::readList() {
     ErrorTrap trap(errorLog_, "InitSetups");
-    const IniSnapshot ini(iniFile_);
+    // A tessark.ini that cannot be read whole lists nothing; it is not written over until the
+    // list changes.
+    IniSnapshot ini;
+    trap([&] {
+        try {
+            ini = IniSnapshot(iniFile_, limits_.iniFileBytes);
+        } catch (const RuntimeError& e) {
+            qCCritical(lcSetups, "%s cannot be read, so no setups are listed: %s", qUtf8Printable(iniFile_),
+                       e.what());
+            throw;
+        }
+    });
     // A count that does not fit keeps the one from before; a negative one keeps the old list.
     trap([&] { count_ = text::leadingInt16(ini.read("SETUPLIST", "NUM")); });
     trap([&] { setups_ = VbList<SetupRecord>::withUpperBound(count_); });
@@ -56,38 +70,57 @@ void SetupCatalogue::loadFiles() {
                                 MessageIcon::Critical);
             continue;
         }
+        std::optional<RuntimeError> failure;
         const bool read = trap([&] {
-            SetupFileLines lines = readSetupFile(path);
-            setup.name = lines.name;
-            for (std::string& record : lines.records)
-                setup.lines.append(std::move(record));
+            try {
+                SetupFileLines lines = readSetupFile(path, limits_.setupFileBytes);
+                setup.name = lines.name;
+                for (std::string& record : lines.records)
+                    setup.lines.append(std::move(record));
+            } catch (const RuntimeError& e) {
+                failure = e;
+                throw;
+            }
         });
         if (read) {
             ++loaded;
             continue;
         }
-        setup.problem = "cannot be read";
-        qCWarning(lcSetups, "setup %d: %s cannot be read; players are offered it with an empty name", i,
-                  qUtf8Printable(text::printable(setup.filePath, 260)));
+        setup.problem = failure && failure->number == kFileTooLarge ? "too large" : "cannot be read";
+        qCWarning(lcSetups, "setup %d: %s %s; players are offered it with an empty name (%s)", i,
+                  qUtf8Printable(text::printable(setup.filePath, 260)), qUtf8Printable(setup.problem),
+                  qUtf8Printable(text::printable(failure ? failure->description() : std::string(), 400)));
     }
     qCInfo(lcSetups, "setup catalogue: %d listed in %s, %d loaded", static_cast<int>(setups_.ubound()),
            qUtf8Printable(iniFile_), loaded);
 }
 
 void SetupCatalogue::writeList() {
-    ErrorTrap trap(errorLog_, "SaveINI");
-    const QString& ini = iniFile_;
-    trap([&] { count_ = text::toInt16(setups_.ubound()); });
-    // The whole file goes, and every other setting with it: the logging switch reads as
-    // absent from the first change of the catalogue on.
-    trap([&] {
-        if (!QFile::exists(ini)) throw errors::fileNotFound();
-        if (!QFile::remove(ini)) throw RuntimeError(75, "Path/File access error");
-    });
-    std::vector<IniEntry> entries{{"SETUPLIST", "NUM", std::to_string(count_)}};
-    for (int i = 1; i <= count_; ++i)
-        trap([&] { entries.push_back({"SETUPLIST" + std::to_string(i), "FNAME", setups_[i].filePath}); });
-    writeIniAll(entries, ini);
+    std::optional<RuntimeError> notWritten;
+    {
+        ErrorTrap trap(errorLog_, "SaveINI");
+        trap([&] { count_ = text::toInt16(setups_.ubound()); });
+        // The file is written afresh, and every other setting goes with the old one: the logging
+        // switch reads as absent from the first change of the catalogue on. It was deleted first
+        // once, which raised "File not found" when there was none; that stays.
+        trap([&] {
+            if (!QFile::exists(iniFile_)) throw errors::fileNotFound();
+        });
+        std::vector<IniEntry> entries{{"SETUPLIST", "NUM", std::to_string(count_)}};
+        for (int i = 1; i <= count_; ++i)
+            trap([&] { entries.push_back({"SETUPLIST" + std::to_string(i), "FNAME", setups_[i].filePath}); });
+        trap([&] {
+            try {
+                replaceIni(entries, iniFile_);
+            } catch (const RuntimeError& e) {
+                notWritten = e;
+                qCCritical(lcSetups, "the setup list was not saved: run-time error %d: %s", e.number,
+                           e.what());
+                throw;
+            }
+        });
+    }
+    if (notWritten) throw *notWritten;
 }
 
 void SetupCatalogue::reload() {
@@ -96,7 +129,12 @@ void SetupCatalogue::reload() {
 }
 
 void SetupCatalogue::commit() {
-    writeList();
+    try {
+        writeList();
+    } catch (const RuntimeError&) {
+        reload();
+        throw;
+    }
     reload();
 }
 

@@ -1,12 +1,15 @@
 #include "setups/SetupFile.h"
 
+#include "basics/CappedRead.h"
 #include "basics/RuntimeError.h"
 #include "basics/Text.h"
 
-std::vector<std::string> readRawLines(const QString& path) {
-    std::optional<std::vector<std::string>> lines = text::fileLines(path);
-    if (!lines) throw errors::fileNotFound();
-    return std::move(*lines);
+namespace {
+constexpr std::string_view kSetupCap = "[files] max-setup-size";
+}
+
+std::vector<std::string> readRawLines(const QString& path, qint64 maxBytes) {
+    return text::splitLines(bytesView(readCapped(path, maxBytes, kSetupCap)));
 }
 
 std::string recordLineOrEmpty(std::string_view line) {
@@ -18,13 +21,15 @@ std::string recordLineOrEmpty(std::string_view line) {
     return std::string(t);
 }
 
-SetupFileLines readSetupFile(const QString& path) {
-    std::vector<std::string> lines = readRawLines(path);
+SetupFileLines readSetupFile(const QString& path, qint64 maxBytes) {
+    const QByteArray bytes = readCapped(path, maxBytes, kSetupCap);
+    text::LineCursor lines(bytesView(bytes));
     SetupFileLines setup;
-    if (lines.empty()) return setup;
-    setup.name = lines.front();
-    for (size_t i = 1; i < lines.size(); ++i)
-        if (std::string record = recordLineOrEmpty(lines[i]); !record.empty())
+    std::string_view line;
+    if (!lines.next(line)) return setup;
+    setup.name = std::string(line);
+    while (lines.next(line))
+        if (std::string record = recordLineOrEmpty(line); !record.empty())
             setup.records.push_back(std::move(record));
     return setup;
 }
@@ -36,23 +41,7 @@ SetupRecordFields interpretRecordLine(std::string_view line) {
     return fields;
 }
 
-SetupFileWriter::SetupFileWriter(const QString& path) : file_(path) {
-    if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        throw RuntimeError(75, "Path/File access error");
-}
-
-// A write the disk does not take (full, gone) must not leave a setup that looks whole: it is
-// the run-time error a full disk gives.
-static void check(bool written) {
-    if (!written) throw RuntimeError(61, "Disk full");
-}
-
 void SetupFileWriter::line(std::string_view text) {
-    const auto size = static_cast<qint64>(text.size());
-    check(file_.write(text.data(), size) == size && file_.write("\r\n", 2) == 2);
-}
-
-void SetupFileWriter::close() {
-    check(file_.flush());
-    file_.close();
+    file_.write(text);
+    file_.write("\r\n");
 }

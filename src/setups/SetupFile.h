@@ -3,8 +3,8 @@
 // ("CURSET@COB", "CHKSIM", "CURTHE@...", "CHKSUM@path@checksum", "CONFIG@name@value"), CR LF
 // line ends, single-byte text. Readers trim blanks and skip blank and "//" comment lines.
 #include "basics/VbList.h"
+#include "basics/WholeFile.h"
 
-#include <QFile>
 #include <QString>
 
 #include <string>
@@ -16,11 +16,12 @@ struct SetupFileLines {
     std::vector<std::string> records; // the trimmed record lines, in file order
 };
 
-// Reads a setup file for the catalogue; "File not found" when it cannot be opened.
-SetupFileLines readSetupFile(const QString& path);
+// Reads a setup file for the catalogue; "File not found" when it cannot be opened, and the
+// run-time error of CappedRead.h when it holds more than maxBytes (FileLimits::setupFileBytes).
+SetupFileLines readSetupFile(const QString& path, qint64 maxBytes);
 
-// Every line of a file as read (line ends removed), for copying a setup verbatim on import.
-std::vector<std::string> readRawLines(const QString& path);
+// Every line of a file as read (line ends removed), under the same cap.
+std::vector<std::string> readRawLines(const QString& path, qint64 maxBytes);
 
 // Trims blanks (spaces only); empty when the line is blank or a "//" comment.
 std::string recordLineOrEmpty(std::string_view line);
@@ -36,14 +37,15 @@ struct SetupRecordFields {
 };
 SetupRecordFields interpretRecordLine(std::string_view line);
 
-// Writes a setup file line by line, replacing any file of that name.
+// Writes a setup file line by line, replacing any file of that name once close() has it whole:
+// until then, and on any failure, the old file stays as it was (see WholeFile.h for the
+// run-time errors).
 class SetupFileWriter {
   public:
-    // "Path/File access error" when the file cannot be created (a name the file system refuses).
-    explicit SetupFileWriter(const QString& path);
+    explicit SetupFileWriter(const QString& path) : file_(path) {}
     void line(std::string_view text);
-    void close();
+    void close() { file_.commit(); }
 
   private:
-    QFile file_;
+    WholeFileWriter file_;
 };

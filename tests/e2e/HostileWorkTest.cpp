@@ -140,6 +140,8 @@ TEST_F(HostileWork, AReaderGetsEveryAnswerWholeAndOneThatStopsReadingHoldsUpNobo
     std::string setup = "Huge\r\n";
     for (int i = 1; i <= kLines; ++i)
         setup += "CHKSUM@data\\file" + std::to_string(i) + ".dat@-1234567\r\n";
+    // Beyond the default cap on setup files too, which the settings may raise.
+    ts_.server().setups().setLimits({16 << 20, 4 << 20});
     ts_.catalogue({{"huge.stp", setup}});
 
     auto reader = registeredPlayer("READER");

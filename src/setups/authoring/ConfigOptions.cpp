@@ -17,9 +17,14 @@ bool parseConfigLine(const std::string& line, ConfigOption& option) {
     return true;
 }
 
+namespace {
+// Falcon's own configuration files run to a few hundred KiB.
+constexpr qint64 kMaxConfigFileBytes = qint64(4) << 20;
+} // namespace
+
 VbList<ConfigOption> readConfigOptions(const QString& localPath) {
     VbList<ConfigOption> options;
-    for (const std::string& line : readRawLines(localPath)) {
+    for (const std::string& line : readRawLines(localPath, kMaxConfigFileBytes)) {
         ConfigOption option;
         if (parseConfigLine(line, option)) options.append(std::move(option));
     }

@@ -12,8 +12,9 @@
 class SetupCatalogue;
 
 // appDir + name + ".stp". A name the file system would refuse (one of \ / : * ? " < > | or a
-// control character, refused everywhere so a setup made here can be used on any machine)
-// raises "Bad file name or number" (52).
+// control character, or a name Windows keeps for a device: CON, PRN, AUX, NUL, COM1..COM9,
+// LPT1..LPT9..., refused everywhere so a setup made here can be used on any machine) raises
+// "Bad file name or number" (52).
 QString setupFilePath(const QString& appDir, const std::string& setupName);
 
 // Called after each step with (steps done, steps in all); the caller lets events run there.
@@ -25,8 +26,10 @@ struct BuildProgress {
 };
 
 // Writes the setup file, replacing any of that name: name, CURSET, CHKSIM when asked for,
-// CURTHE, a CHKSUM line per chosen file, a CONFIG line per ticked entry. A failing checksum or
-// write raises its run-time error with the file left as far as it was written.
+// CURTHE, a CHKSUM line per chosen file, a CONFIG line per ticked entry. The file is whole or not
+// there: a failing checksum or write raises its run-time error with any old file of that name as
+// it was. A chosen file that leads out of the installation (see InstalledFile.h) raises "File
+// not found" as a missing one does.
 void writeSetupFile(const WizardState& state, const QString& path, const BuildProgress& progress);
 // The same lines, in memory (a command line builds them where the installation is, and the
 // catalogue stores them).

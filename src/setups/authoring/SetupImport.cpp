@@ -1,5 +1,8 @@
 #include "setups/authoring/SetupImport.h"
 
+#include "basics/CappedRead.h"
+#include "basics/OperatorLog.h"
+#include "basics/Text.h"
 #include "discovery/FalconDiscovery.h"
 #include "setups/SetupCatalogue.h"
 #include "setups/SetupFile.h"
@@ -7,23 +10,29 @@
 #include "setups/authoring/SetupFileBuilder.h"
 
 namespace {
-std::vector<std::string> linesWithName(const QString& path) {
-    std::vector<std::string> lines = readRawLines(path);
-    if (lines.empty()) throw RuntimeError(62, "Input past end of file");
-    return lines;
+constexpr std::string_view kSetupCap = "[files] max-setup-size";
+
+// The file's bytes, which must hold at least a name line.
+QByteArray setupBytes(const QString& path, qint64 maxBytes) {
+    QByteArray bytes = readCapped(path, maxBytes, kSetupCap);
+    if (bytes.isEmpty()) throw RuntimeError(62, "Input past end of file");
+    return bytes;
 }
 } // namespace
 
-void readSetupForEdit(WizardState& state, const QString& localPath) {
+void readSetupForEdit(WizardState& state, const QString& localPath, qint64 maxBytes) {
     readInstallationKey(state.falcon);
     chooseConfigFile(state.falcon);
     state.configOptions = readConfigOptions(localFilePath(state.falcon.configFile));
     state.selectedFiles.reset();
 
-    const std::vector<std::string> lines = linesWithName(localPath);
-    state.setupName = lines.front();
-    for (size_t i = 1; i < lines.size(); ++i) {
-        const std::string record = recordLineOrEmpty(lines[i]);
+    const QByteArray bytes = setupBytes(localPath, maxBytes);
+    text::LineCursor lines(bytesView(bytes));
+    std::string_view line;
+    lines.next(line);
+    state.setupName = std::string(line);
+    while (lines.next(line)) {
+        const std::string record = recordLineOrEmpty(line);
         if (record.empty()) continue;
         const SetupRecordFields fields = interpretRecordLine(record);
         if (fields.kind == "CHKSIM") {
@@ -42,19 +51,33 @@ void readSetupForEdit(WizardState& state, const QString& localPath) {
 }
 
 void importSetupFile(SetupCatalogue& setups, const QString& appDir, const QString& chosenPath) {
-    const std::vector<std::string> lines = linesWithName(chosenPath);
-    importSetupLines(setups, appDir, lines, setupFilePath(appDir, lines.front()) == chosenPath);
+    importSetupContent(setups, appDir, setupBytes(chosenPath, setups.limits().setupFileBytes), chosenPath);
 }
 
-void importSetupLines(SetupCatalogue& setups, const QString& appDir, const std::vector<std::string>& lines,
-                      bool inPlace) {
-    if (lines.empty()) throw RuntimeError(62, "Input past end of file");
-    const QString target = setupFilePath(appDir, lines.front());
-    if (!inPlace) {
-        SetupFileWriter out(target);
-        for (const std::string& line : lines)
-            out.line(line);
-        out.close();
+void importSetupContent(SetupCatalogue& setups, const QString& appDir, const QByteArray& bytes,
+                        const QString& chosenPath) {
+    const qint64 cap = setups.limits().setupFileBytes;
+    if (bytes.size() > cap) throw fileTooLarge(chosenPath, std::to_string(bytes.size()), cap, kSetupCap);
+    if (bytes.isEmpty()) throw RuntimeError(62, "Input past end of file");
+    text::LineCursor lines(bytesView(bytes));
+    std::string_view name;
+    lines.next(name);
+    const QString target = setupFilePath(appDir, std::string(name));
+    if (target != chosenPath) {
+        // Every line as read, each ended as the format ends lines, in one piece: the copy is
+        // whole or the old file stays.
+        std::string copy;
+        copy.reserve(static_cast<size_t>(bytes.size()) + 2);
+        text::LineCursor all(bytesView(bytes));
+        for (std::string_view line; all.next(line);)
+            copy.append(line).append("\r\n");
+        try {
+            writeWholeFile(target, copy);
+        } catch (const RuntimeError& e) {
+            qCWarning(lcSetups, "import of %s: %s not written: run-time error %d: %s",
+                      qUtf8Printable(chosenPath), qUtf8Printable(target), e.number, e.what());
+            throw;
+        }
     }
     setups.editableList().append().filePath = target.toLatin1().toStdString();
     setups.commit();

@@ -1,6 +1,7 @@
 // The catalogue's side of the setup commands: list and remove as the setup list editor does,
 // a setup's lines for a verify, and the storing of a setup file that a command line read or
 // built, as the wizard's import and last step store theirs.
+#include "basics/CappedRead.h"
 #include "basics/OperatorLog.h"
 #include "basics/Text.h"
 #include "setups/SetupCatalogue.h"
@@ -39,7 +40,7 @@ QString targetOf(const QString& programDir, const std::string& name, const QStri
     } catch (const RuntimeError&) {
         throw UsageError{"the name line of " + file + ", \"" + text::printable(name) +
                          "\", cannot be a file name (it holds one of \\ / : * ? \" < > | or a control "
-                         "character, or is a name Windows keeps for a device)"};
+                         "character, or is a name Windows keeps for a device, such as CON, NUL or COM1)"};
     }
 }
 
@@ -105,12 +106,13 @@ int storeImported(const QStringList& arguments, const QByteArray& content, Setup
     parser.addOption({"in-place", "The file already lies beside the program under its name."});
     parseOrRefuse(parser, "import", arguments);
     const QString file = parser.positionalArguments().value(0);
-    const std::vector<std::string> lines = text::splitLines(content.toStdString());
-    if (lines.empty()) throw UsageError{file + " is empty: its first line must be the setup's name"};
-    const std::string& name = lines.front();
+    std::string_view nameLine;
+    if (!text::LineCursor(bytesView(content)).next(nameLine))
+        throw UsageError{file + " is empty: its first line must be the setup's name"};
+    const std::string name(nameLine);
     const QString target = targetOf(programDir, name, file);
     const bool inPlace = parser.isSet("in-place");
-    importSetupLines(catalogue, programDir, lines, inPlace);
+    importSetupContent(catalogue, programDir, content, inPlace ? target : file);
     qCInfo(lcSetups, "setup %d \"%s\" imported by a command from %s",
            static_cast<int>(catalogue.list().ubound()), qUtf8Printable(text::printable(name)),
            qUtf8Printable(file));
@@ -124,7 +126,9 @@ int storeBuilt(const QStringList& arguments, const QByteArray& content, SetupCat
     const QString name = positionalArguments("create", arguments, {"NAME"}).front();
     const std::string setupName = name.toLatin1().toStdString();
     const QString path = targetOf(programDir, setupName, "--name");
-    const std::vector<std::string> lines = text::splitLines(content.toStdString());
+    if (content.size() > catalogue.limits().setupFileBytes)
+        throw UsageError{"the setup built is larger than a setup file may be ([files] max-setup-size)"};
+    const std::vector<std::string> lines = text::splitLines(bytesView(content));
     if (lines.empty() || lines.front() != setupName) throw UsageError{"the setup built is not named " + name};
     const bool replaced = QFileInfo::exists(path);
     storeBuiltSetup(catalogue, setupName, path, lines);

@@ -100,7 +100,7 @@ int createSetup(const QStringList& arguments, CatalogueAccess& catalogue, QTextS
         throw UsageError{
             "--name " + names.front() +
             ": cannot be a file name (it holds one of \\ / : * ? \" < > | or a control character, "
-            "or is a name Windows keeps for a device)"};
+            "or is a name Windows keeps for a device, such as CON, NUL or COM1)"};
     }
     state.falcon = chosenInstallation(parser);
     for (const QString& file : parser.values("file"))

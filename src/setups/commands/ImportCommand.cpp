@@ -1,7 +1,7 @@
 // import: the operator's file, read here (a relative name is the operator's, from where the
 // command was typed), and its bytes handed to the catalogue, which copies them under the name
 // line as the wizard's import does.
-#include "basics/FileLimits.h"
+#include "basics/CappedRead.h"
 #include "basics/Text.h"
 #include "setups/authoring/SetupFileBuilder.h"
 #include "setups/commands/SubCommands.h"
@@ -16,26 +16,25 @@ int importSetup(const QStringList& arguments, CatalogueAccess& catalogue, QTextS
     const QString file = positionalArguments("import", arguments, {"FILE"}).front();
     const QFileInfo chosen(file);
     if (!chosen.isFile()) throw UsageError{"no such file: " + file};
-    const qint64 limit = FileLimits{}.setupFileBytes;
+    const qint64 limit = catalogue.maxSetupBytes();
     if (chosen.size() > limit)
-        throw UsageError{QString("%1 is %2 bytes, more than any setup (%3 bytes at most): not read")
-                             .arg(file)
-                             .arg(chosen.size())
-                             .arg(limit)};
+        throw UsageError{file + " holds " + QString::number(chosen.size()) + " bytes, more than the " +
+                         QString::number(limit) + " a setup file may hold ([files] max-setup-size)"};
     QFile in(chosen.absoluteFilePath());
     if (!in.open(QIODevice::ReadOnly)) throw UsageError{"cannot read " + file};
     const QByteArray content = in.read(limit + 1);
     if (content.size() > limit) throw UsageError{file + " grew past the size of any setup while it was read"};
-    const std::vector<std::string> lines = text::splitLines(content.toStdString());
-    if (lines.empty()) throw UsageError{file + " is empty: its first line must be the setup's name"};
+    std::string_view name;
+    if (!text::LineCursor(bytesView(content)).next(name))
+        throw UsageError{file + " is empty: its first line must be the setup's name"};
     // What the import would refuse part-way, refused before anything is sent.
     QString target;
     try {
-        target = setupFilePath(catalogue.programDir(), lines.front());
+        target = setupFilePath(catalogue.programDir(), std::string(name));
     } catch (const RuntimeError&) {
-        throw UsageError{"the name line of " + file + ", \"" + text::printable(lines.front()) +
+        throw UsageError{"the name line of " + file + ", \"" + text::printable(name) +
                          "\", cannot be a file name (it holds one of \\ / : * ? \" < > | or a control "
-                         "character, or is a name Windows keeps for a device)"};
+                         "character, or is a name Windows keeps for a device, such as CON, NUL or COM1)"};
     }
     // A file that already lies beside the program under its name is catalogued, not copied.
     const QFileInfo existing(target);

@@ -127,6 +127,10 @@ QString prefixOf(const QString& command) {
 DirectCatalogue::DirectCatalogue(SetupCatalogue& catalogue, const QString& programDir)
     : catalogue_(catalogue), programDir_(withSeparator(programDir)) {}
 
+qint64 DirectCatalogue::maxSetupBytes() const {
+    return catalogue_.limits().setupFileBytes;
+}
+
 bool isOperatorSetupCommand(const QString& word) {
     return kOperatorCommands.contains(word);
 }

@@ -24,6 +24,8 @@
 // configuration entry the installation does not have, a name the file system would refuse).
 // With status 2 one line goes to err and nothing has been written: arguments are checked
 // before anything is.
+#include "basics/FileLimits.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -47,6 +49,8 @@ class CatalogueAccess {
     virtual CatalogueAnswer ask(const QStringList& words, const QByteArray& content = {}) = 0;
     // The program directory the catalogue's setup files are in, with a final separator.
     virtual QString programDir() const = 0;
+    // The largest setup file the catalogue takes.
+    virtual qint64 maxSetupBytes() const { return FileLimits{}.setupFileBytes; }
 };
 
 // Called every few MiB while a checksum reads a file, with the file and the bytes read so far;
@@ -78,6 +82,7 @@ class DirectCatalogue : public CatalogueAccess {
         return serveCatalogueRequest(words, content, catalogue_, programDir_);
     }
     QString programDir() const override { return programDir_; }
+    qint64 maxSetupBytes() const override;
 
   private:
     SetupCatalogue& catalogue_;

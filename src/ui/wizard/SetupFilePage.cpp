@@ -1,6 +1,7 @@
 #include "ui/wizard/SetupFilePage.h"
 
 #include "server/Server.h"
+#include "setups/SetupCatalogue.h"
 #include "setups/authoring/SetupImport.h"
 #include "ui/wizard/OperatorDialogs.h"
 #include "ui/wizard/SetupWizard.h"
@@ -64,7 +65,7 @@ void SetupFilePage::next() {
 
 void SetupFilePage::importOrEdit(const QString& path) {
     if (wizard_.state().editMode) {
-        readSetupForEdit(wizard_.state(), path);
+        readSetupForEdit(wizard_.state(), path, wizard_.server().setups().limits().setupFileBytes);
         wizard_.showPage(new InstallationPage(wizard_));
     } else {
         Server& server = wizard_.server();
