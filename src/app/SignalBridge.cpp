@@ -38,10 +38,14 @@ const char* signalName(int number) {
 }
 } // namespace
 
-SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {
+void ignoreSignalsThatMustNotEndTheServer() {
     signal(SIGPIPE, SIG_IGN);
     signal(SIGUSR1, SIG_IGN);
     signal(SIGUSR2, SIG_IGN);
+}
+
+SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {
+    ignoreSignalsThatMustNotEndTheServer();
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPair) != 0) return;
     for (int fd : signalPair)
         fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
@@ -81,6 +85,7 @@ SignalBridge::~SignalBridge() {
     signal(SIGHUP, SIG_IGN);
 }
 #elif !defined(Q_OS_WIN) // Windows: SignalBridgeWindows.cpp
+void ignoreSignalsThatMustNotEndTheServer() {}
 SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {}
 SignalBridge::~SignalBridge() = default;
 #endif

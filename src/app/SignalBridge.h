@@ -12,6 +12,9 @@ class QSocketNotifier;
 //                              error of that write, not the end of the server)
 // On Windows the requests to stop are the end of the Windows session (log off, shut down) and
 // Ctrl+C, Ctrl+Break or closing the console the server was started from.
+// SIGPIPE, SIGUSR1 and SIGUSR2 ignored at once, before anything is written (nothing on Windows).
+void ignoreSignalsThatMustNotEndTheServer();
+
 class SignalBridge : public QObject {
     Q_OBJECT
   public:

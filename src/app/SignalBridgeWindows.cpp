@@ -58,6 +58,8 @@ BOOL WINAPI onConsoleEvent(DWORD event) {
 }
 } // namespace
 
+void ignoreSignalsThatMustNotEndTheServer() {}
+
 SignalBridge::SignalBridge(QObject* parent) : QObject(parent) {
     bridge = this;
     requested = false;

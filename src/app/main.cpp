@@ -56,6 +56,9 @@ OperatorLogOptions logOptions(const ServerSettings& settings, const QString& pro
 } // namespace
 
 int main(int argc, char* argv[]) {
+    // A write to a peer or a reader that went away is that write's error, never the end of the
+    // server, from the first line it writes.
+    ignoreSignalsThatMustNotEndTheServer();
     // Without a display a widget application cannot even be constructed: decide first.
     const bool headless = !hasDisplay();
     // What --version says, and the name the user's data directory is made of, whatever the
@@ -144,13 +147,6 @@ int main(int argc, char* argv[]) {
                          operator_log::apply(logOptions(changed, dir));
                      });
     if (window) window->attach(*server);
-    // Signals are taken from here on: a write to a peer that went away is that write's error,
-    // never the end of the process, and a request to stop waits for the loop.
-    SignalBridge signals_;
-    QObject::connect(&signals_, &SignalBridge::terminationRequested, server.get(),
-                     [&server](const QString& why) { server->exit(why); });
-    QObject::connect(&signals_, &SignalBridge::reloadRequested, server.get(),
-                     [&server] { server->reload("SIGHUP"); });
     display->addTrayIcon(Server::title());
 
     try {
@@ -162,6 +158,13 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     if (window) window->show();
+    // After the status window: Windows tells the session's end to the newest windows first, and
+    // the bridge's own window must hear it before Qt's, which would end the loop without "Exit".
+    SignalBridge signals_;
+    QObject::connect(&signals_, &SignalBridge::terminationRequested, server.get(),
+                     [&server](const QString& why) { server->exit(why); });
+    QObject::connect(&signals_, &SignalBridge::reloadRequested, server.get(),
+                     [&server] { server->reload("SIGHUP"); });
 
     // exit(), not quit(): a widget application's quit() first asks every window to close, and
     // the status window refuses (its close box only hides it), which would cancel the exit.

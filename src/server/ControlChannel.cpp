@@ -32,7 +32,7 @@ QString hashedName(const QString& programDir) {
            ".control";
 }
 
-QString inProgramDir(const QString& programDir) {
+[[maybe_unused]] QString inProgramDir(const QString& programDir) {
     return cleanDir(programDir) + "/.tessark-server.control";
 }
 
