@@ -20,9 +20,9 @@ std::string numbered(long number, std::string_view text) {
 // The whole payload goes on, "@" and all; nothing checks that the player is registered.
 void AwacsClients::relayPlayerPosition(std::string_view data, int16_t slot) {
     if (listed_.ubound() == 0) return;
-    sendToAwacs("INDATA", numbered(slot, data));
+    relay("INDATA", numbered(slot, data));
 }
 
 void AwacsClients::relayAiTraffic(std::string_view text) {
-    sendToAwacs("AILOCA", text);
+    relay("AILOCA", text);
 }

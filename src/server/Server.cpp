@@ -8,6 +8,7 @@
 #include "relay/AiSpyLink.h"
 #include "relay/AwacsClients.h"
 #include "relay/SimClients.h"
+#include "server/AccessControl.h"
 #include "server/ControlChannel.h"
 #include "setups/SetupCatalogue.h"
 
@@ -44,6 +45,11 @@ Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::En
     awacs_->connect({players_.get(), sims_.get()}, *players_);
     sims_->connect(*players_);
     control_ = std::make_unique<ControlChannel>(*this);
+    access_ = std::make_unique<AccessControl>(*this);
+    playerChannel_->guard(access_->gate(), PortRole::Players);
+    awacsChannel_->guard(access_->gate(), PortRole::Awacs);
+    simChannel_->guard(access_->gate(), PortRole::Sims);
+    aiSpy_->guard(access_->gate());
 
     keepAlive_.setInterval(kKeepAliveMs);
     connect(&keepAlive_, &QTimer::timeout, this, &Server::sendKeepAlive);
@@ -109,6 +115,7 @@ void Server::start() {
     }
 
     setups_->loadFiles();
+    access_->apply();
 
     playerChannel_->listen(settings_.listenPoint(PortRole::Players).address, requestedPorts_.players);
     awacsChannel_->listen(settings_.listenPoint(PortRole::Awacs).address, requestedPorts_.awacs);
@@ -143,6 +150,7 @@ void Server::reload(const QString& why) {
             settings_ = reading.settings;
             settings_.listen = listen;
             settingsRead_ = reading;
+            access_->apply();
             emit settingsChanged(settings_);
         }
     }
@@ -200,6 +208,10 @@ void Server::exit(const QString& why) {
 
 std::array<SlotChannel*, 3> Server::slotChannels() const {
     return {playerChannel_.get(), awacsChannel_.get(), simChannel_.get()};
+}
+
+QMap<QString, qint64> Server::refusalCounts() const {
+    return access_->gate().counts();
 }
 
 Ports Server::ports() const {
