@@ -4,7 +4,6 @@
 
 #include <QDateTime>
 
-
 const char* refusalKey(Refusal why) {
     switch (why) {
     case Refusal::Banned:
@@ -37,8 +36,8 @@ bool AccessGate::admits(PortRole port, const QHostAddress& address, const QStrin
     const QString from = QString("%1 connection from %2 refused: ").arg(peerKind, plain.toString());
     if (const Ban* ban = bans_.find(plain, QDateTime::currentDateTimeUtc())) {
         refuse(port, Refusal::Banned, plain,
-               from + "banned (" + networkText(ban->network) + (ban->forGood() ? QString(", for good") : QString()) +
-                   ")");
+               from + "banned (" + networkText(ban->network) +
+                   (ban->forGood() ? QString(", for good") : QString()) + ")");
         return false;
     }
     const QList<Network>& allowed = settings_.allow[static_cast<size_t>(portIndex(port))];

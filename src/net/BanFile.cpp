@@ -15,7 +15,8 @@ BanFileReading readBanFile(const QString& path) {
     const QByteArray bytes = file.read(kMaxBanFileBytes + 1);
     reading.text = parseBans(bytes.left(kMaxBanFileBytes));
     if (bytes.size() > kMaxBanFileBytes)
-        reading.text.problems << QString("larger than %1 KiB: the rest is not read").arg(kMaxBanFileBytes / 1024);
+        reading.text.problems
+            << QString("larger than %1 KiB: the rest is not read").arg(kMaxBanFileBytes / 1024);
     return reading;
 }
 

@@ -74,7 +74,8 @@ bool BanList::remove(const Network& network) {
 }
 
 int BanList::dropExpired(const QDateTime& now) {
-    return static_cast<int>(bans_.removeIf([&](const Ban& ban) { return !ban.forGood() && ban.until <= now; }));
+    return static_cast<int>(
+        bans_.removeIf([&](const Ban& ban) { return !ban.forGood() && ban.until <= now; }));
 }
 
 BanText parseBans(const QByteArray& text) {
@@ -128,8 +129,9 @@ BanText parseBans(const QByteArray& text) {
 QByteArray formatBans(const QList<Ban>& bans) {
     QByteArray text = kHeader;
     for (const Ban& ban : bans) {
-        QString line = networkText(ban.network) + " " +
-                       (ban.forGood() ? QString("forever") : "until " + ban.until.toUTC().toString(Qt::ISODate));
+        QString line =
+            networkText(ban.network) + " " +
+            (ban.forGood() ? QString("forever") : "until " + ban.until.toUTC().toString(Qt::ISODate));
         const QString why = oneLine(ban.why);
         if (!why.isEmpty()) line += " " + why;
         text += line.toUtf8() + "\n";

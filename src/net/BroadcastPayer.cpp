@@ -6,7 +6,8 @@ SocketElement* payer = nullptr;
 qint64 payerRate = 0;
 } // namespace
 
-BroadcastPayer::BroadcastPayer(SocketElement& serving, qint64 rate) : previous_(payer), previousRate_(payerRate) {
+BroadcastPayer::BroadcastPayer(SocketElement& serving, qint64 rate)
+    : previous_(payer), previousRate_(payerRate) {
     payer = rate > 0 ? &serving : nullptr;
     payerRate = rate;
 }

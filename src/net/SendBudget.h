@@ -31,9 +31,7 @@ class SendBudget {
         return bytes_ < 0;
     }
     // How long until the bucket is out of debt.
-    qint64 msUntilPaid() const {
-        return bytes_ >= 0 ? 0 : (-bytes_ * 1000 + rate_ - 1) / rate_;
-    }
+    qint64 msUntilPaid() const { return bytes_ >= 0 ? 0 : (-bytes_ * 1000 + rate_ - 1) / rate_; }
 
   private:
     void refill(qint64 rate) {

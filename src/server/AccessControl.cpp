@@ -40,12 +40,13 @@ void AccessControl::readBanFile() {
     const QString path = banFile();
     const BanFileReading reading = ::readBanFile(path);
     if (!reading.error.isEmpty()) {
-        qCWarning(lcAccess, "the ban file %s cannot be read (%s): the bans in force stay", qUtf8Printable(path),
-                  qUtf8Printable(reading.error));
+        qCWarning(lcAccess, "the ban file %s cannot be read (%s): the bans in force stay",
+                  qUtf8Printable(path), qUtf8Printable(reading.error));
         return;
     }
     for (const QString& problem : reading.text.problems)
-        qCWarning(lcAccess, "the ban file %s, %s: passed over", qUtf8Printable(path), qUtf8Printable(problem));
+        qCWarning(lcAccess, "the ban file %s, %s: passed over", qUtf8Printable(path),
+                  qUtf8Printable(problem));
     gate_.bans().clear();
     for (const Ban& ban : reading.text.bans)
         gate_.bans().add(ban);
@@ -97,7 +98,8 @@ QList<PeerConnection> AccessControl::connectionsIn(const Network& network) {
     return found;
 }
 
-AccessControl::BanOutcome AccessControl::ban(const Network& network, const QDateTime& until, const QString& why) {
+AccessControl::BanOutcome AccessControl::ban(const Network& network, const QDateTime& until,
+                                             const QString& why) {
     BanOutcome outcome;
     // Whole seconds, as the file keeps them.
     QDateTime end = until.isValid() ? until.toUTC() : QDateTime();

@@ -38,9 +38,9 @@ class AccessControl {
     QList<PeerConnection> connectionsIn(const Network& network);
 
     struct BanOutcome {
-        bool added = false;      // false: the list is full (BanList::kMaxBans)
+        bool added = false; // false: the list is full (BanList::kMaxBans)
         int connectionsEnded = 0;
-        QString fileError;       // the ban holds, but the file could not be written
+        QString fileError; // the ban holds, but the file could not be written
     };
     // Refuses the network from now until `until` (invalid: for good) and ends its connections.
     BanOutcome ban(const Network& network, const QDateTime& until, const QString& why);

@@ -1,5 +1,6 @@
 #include "server/ControlChannel.h"
 
+#include "server/AccessCommands.h"
 #include "server/Server.h"
 #include "server/StatusReport.h"
 #include "setups/SetupCatalogue.h"
@@ -71,6 +72,7 @@ void ControlChannel::serve(QLocalSocket* socket) {
 }
 
 ControlAnswer ControlChannel::answer(const QStringList& words) {
+    if (std::optional<ControlAnswer> access = answerAccessCommand(server_, words)) return *access;
     ControlAnswer reply;
     const QString command = words.value(0);
     if (command == "status" && words.size() == 1) {

@@ -53,11 +53,13 @@ TEST_F(BroadcastBudget, OnePeersBroadcastsArePacedNotDroppedAndNobodyElseWaits) 
     // Meanwhile the honest player's verdict and position go through at once.
     honest.send("VERFOK");
     honest.send("F4LOCA", "here");
-    EXPECT_TRUE(pumpUntil([&] {
-        for (const Received& m : honest.inbox())
-            if (m.command == "PLSUPD" && m.data == "1@HONEST@@O") return true;
-        return false;
-    }, 1s));
+    EXPECT_TRUE(pumpUntil(
+        [&] {
+            for (const Received& m : honest.inbox())
+                if (m.command == "PLSUPD" && m.data == "1@HONEST@@O") return true;
+            return false;
+        },
+        1s));
     EXPECT_THAT(awacs->takeTexts(2, 1s), testing::Contains("INDATA1@here"));
 
     // Every verdict is served in the end, in order: none was dropped.

@@ -69,11 +69,12 @@ TEST_F(VanishedPeers, EveryPortGivesBackWhatAVanishedPeerHeld) {
                server().players().roster().ubound() == 1 && server().awacs().listed().ubound() == 1 &&
                server().sims().simulators().ubound() == 0;
     };
-    ASSERT_TRUE(pumpUntil(allGone, 30s)) << "player slots " << server().playerChannel().sockets().loadedIndices().size()
-                                         << ", AWACS slots " << server().awacsChannel().sockets().loadedIndices().size()
-                                         << ", AWACS listed " << server().awacs().listed().ubound()
-                                         << ", SIM slots " << server().simChannel().sockets().loadedIndices().size()
-                                         << ", AI Spy " << ts_.display().aiSpyConnected;
+    ASSERT_TRUE(pumpUntil(allGone, 30s))
+        << "player slots " << server().playerChannel().sockets().loadedIndices().size() << ", AWACS slots "
+        << server().awacsChannel().sockets().loadedIndices().size() << ", AWACS listed "
+        << server().awacs().listed().ubound() << ", SIM slots "
+        << server().simChannel().sockets().loadedIndices().size() << ", AI Spy "
+        << ts_.display().aiSpyConnected;
     // Every number is free again but the watcher's: the far players' slots and the airplane's.
     for (int n = 2; n <= kMaxSlot; ++n)
         EXPECT_FALSE(server().playerNumbers()[static_cast<size_t>(n)]) << n;

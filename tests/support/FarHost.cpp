@@ -43,14 +43,14 @@ FarHost::FarHost() {
         return;
     }
     const QString far = QString("/proc/%1/fd/%2").arg(::getpid()).arg(farNamespace_);
-    const bool linked = run({"ip", "link", "set", "lo", "up"}, false) &&
-                        run({"ip", "link", "add", "tsknear", "type", "veth", "peer", "name", "tskfar", "netns", far},
-                            false) &&
-                        run({"ip", "addr", "add", QString(kNearAddress) + "/24", "dev", "tsknear"}, false) &&
-                        run({"ip", "link", "set", "tsknear", "up"}, false) &&
-                        run({"ip", "link", "set", "lo", "up"}, true) &&
-                        run({"ip", "addr", "add", QString(kFarAddress) + "/24", "dev", "tskfar"}, true) &&
-                        run({"ip", "link", "set", "tskfar", "up"}, true);
+    const bool linked =
+        run({"ip", "link", "set", "lo", "up"}, false) &&
+        run({"ip", "link", "add", "tsknear", "type", "veth", "peer", "name", "tskfar", "netns", far},
+            false) &&
+        run({"ip", "addr", "add", QString(kNearAddress) + "/24", "dev", "tsknear"}, false) &&
+        run({"ip", "link", "set", "tsknear", "up"}, false) && run({"ip", "link", "set", "lo", "up"}, true) &&
+        run({"ip", "addr", "add", QString(kFarAddress) + "/24", "dev", "tskfar"}, true) &&
+        run({"ip", "link", "set", "tskfar", "up"}, true);
     if (!linked && error_.isEmpty()) error_ = "the veth pair could not be set up";
 }
 
