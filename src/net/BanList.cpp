@@ -20,22 +20,38 @@ QString oneLine(QString text) {
         if (c.category() == QChar::Other_Control) c = ' ';
     return text.simplified();
 }
+// An IPv4 peer of a dual-stack socket reads as ::ffff:a.b.c.d: a network written so means the
+// IPv4 one. Other IPv6 addresses stay as they are (:: is no 0.0.0.0).
+std::optional<Network> v4MappedAsV4(const QHostAddress& address, int prefix) {
+    const Q_IPV6ADDR bytes = address.toIPv6Address();
+    for (int i = 0; i < 10; ++i)
+        if (bytes[i] != 0) return std::nullopt;
+    if (bytes[10] != 0xff || bytes[11] != 0xff || prefix < 96) return std::nullopt;
+    const quint32 v4 =
+        (quint32(bytes[12]) << 24) | (quint32(bytes[13]) << 16) | (quint32(bytes[14]) << 8) | bytes[15];
+    return Network{QHostAddress(v4), prefix - 96};
+}
 } // namespace
 
 std::optional<Network> parseNetwork(const QString& text) {
     const QString word = text.trimmed();
-    static const QRegularExpression blank(R"(\s)");
-    if (word.isEmpty() || word.contains(blank)) return std::nullopt;
+    // Digits, hex digits, the separators and a prefix: nothing else (a NUL, a zone) is part of one.
+    static const QRegularExpression form(R"(^[0-9A-Fa-f:.]+(/[0-9]{1,3})?$)");
+    if (!form.match(word).hasMatch()) return std::nullopt;
     const qsizetype slash = word.indexOf('/');
     QHostAddress address;
     if (!address.setAddress(slash < 0 ? word : word.left(slash))) return std::nullopt;
-    address = plainAddress(address);
     int prefix = fullPrefix(address);
     if (slash >= 0) {
         bool ok = false;
         prefix = word.mid(slash + 1).toInt(&ok);
         if (!ok || prefix < 0 || prefix > fullPrefix(address)) return std::nullopt;
     }
+    if (address.protocol() == QAbstractSocket::IPv6Protocol)
+        if (const std::optional<Network> v4 = v4MappedAsV4(address, prefix)) {
+            address = v4->first;
+            prefix = v4->second;
+        }
     // The network's own address: the host bits of 192.168.1.7/24 do not matter.
     const Network network = QHostAddress::parseSubnet(address.toString() + "/" + QString::number(prefix));
     if (network.first.isNull()) return std::nullopt;

@@ -119,8 +119,9 @@ TEST(OperatorDoor, AllowListsAndAHandEditedBanFileTakeEffectOnReload) {
     EXPECT_FALSE(turnedAway(ts.awacsPort()));
 
     // A damaged ban file: the lines that read still hold, the rest is passed over.
-    ts.writeFile("tessark-server.bans", "garbage\n\x01\x02\xff\n127.0.0.0/8 forever\n10.1.2.3 until yesterday\n" +
-                                            std::string(5000, 'x') + "\n");
+    ts.writeFile("tessark-server.bans",
+                 "garbage\n\x01\x02\xff\n127.0.0.0/8 forever\n10.1.2.3 until yesterday\n" +
+                     std::string(5000, 'x') + "\n");
     EXPECT_EQ(tessark(ts.dir(), {"reload"}).status, 0);
     EXPECT_TRUE(turnedAway(ts.simPort()));
     EXPECT_THAT(tessark(ts.dir(), {"bans"}).out, StartsWith("127.0.0.0/8"));

@@ -13,7 +13,8 @@ TEST(FuzzCorpusReplay, BanFile) {
         QFile file(dir.filePath(name));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
         const QByteArray bytes = file.readAll();
-        EXPECT_EQ(fuzzchecks::banFile(std::string_view(bytes.constData(), static_cast<size_t>(bytes.size()))), "")
+        EXPECT_EQ(fuzzchecks::banFile(std::string_view(bytes.constData(), static_cast<size_t>(bytes.size()))),
+                  "")
             << name.toStdString();
     }
 }
