@@ -16,7 +16,8 @@ inline std::string banFile(std::string_view input) {
     if (read.bans.size() > BanList::kMaxBans) return "more bans than the cap";
     for (const Ban& ban : read.bans) {
         const std::optional<Network> again = parseNetwork(networkText(ban.network));
-        if (!again || *again != ban.network) return "a network does not read back from its text";
+        if (!again || *again != ban.network)
+            return "a network does not read back from its text: " + networkText(ban.network).toStdString();
         if (ban.why.contains('\n') || ban.why.contains('\r')) return "a reason spans lines";
     }
     const BanText written = parseBans(formatBans(read.bans));
