@@ -62,6 +62,12 @@ void SquatAttack::openSquatter(Squatter& squatter) {
     ++figures_.connections;
 }
 
+void SquatAttack::prepare() {
+    if (kind_ != Kind::Silent && kind_ != Kind::Numbers) return;
+    for (Squatter& s : squatters_)
+        openSquatter(s);
+}
+
 void SquatAttack::start() {
     running_ = true;
     tick();

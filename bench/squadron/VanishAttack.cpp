@@ -9,7 +9,9 @@
 #include <cstdlib>
 
 namespace {
-constexpr int kAwacs = 4, kPlayers = 4, kHosts = 12;
+// Players and airplanes take numbers from the 48 that the squadron's 36 players and 8 airplanes
+// leave 4 of: two hosts' worth at most, or an honest ADDAIR finds none.
+constexpr int kAwacs = 4, kPlayers = 1, kHosts = 12;
 constexpr double kEveryS = 10, kCutAfterS = 1;
 
 std::string message(const std::string& text) {
@@ -77,8 +79,7 @@ void VanishAttack::cycle() {
     for (int i = 0; i < kPlayers; ++i)
         connectFrom(n, from++, Port::Player,
                     message("VALIDRGONE" + std::to_string(n) + "_" + std::to_string(i)));
-    connectFrom(n, from++, Port::Sim,
-                message("SIMNEWGONE" + std::to_string(n) + "@2") + message("ADDAIR1") + message("ADDAIR2"));
+    connectFrom(n, from++, Port::Sim, message("SIMNEWGONE" + std::to_string(n) + "@1") + message("ADDAIR1"));
     ctx_.loop.after(ctx_.seconds(kCutAfterS),
                     [this, there, n] { run(there + "ip link set tskf" + std::to_string(n) + " down"); });
     ctx_.loop.after(ctx_.seconds(kEveryS), [this] { cycle(); });

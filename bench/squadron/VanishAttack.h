@@ -1,8 +1,8 @@
 #pragma once
 // Peers that vanish (see Attack.h): every 10 s a new host joins the server's network through a
 // veth pair of its own (a network namespace made by this process; needs root, and NETNS=1 so it
-// is made inside the run's private namespace), registers 4 AWACS clients, 4 players and a
-// simulator with 2 airplanes, an address each, and 1 s later its link goes down for good: no
+// is made inside the run's private namespace), registers 4 AWACS clients, a player and a
+// simulator with an airplane, an address each, and 1 s later its link goes down for good: no
 // FIN and no reset ever comes. A server that keeps what they held fills its ports with them
 // within a minute; one that gives it back holds about two hosts' worth at a time.
 #include "Attack.h"

@@ -67,7 +67,7 @@ jq -s -r '
       (if .server_exit != "exit 0" then "SIGTERM" else empty end),
       (if (.vmhwm_kb // 0) >= 65536 then "RSS" else empty end),
       (if (.missing_other // 1) > ($b.missing_other // 0) then "INDATA missing" else empty end),
-      (if (.indata_per_s // 0) < 0.9 * ($b.indata_per_s // 0) then "INDATA rate" else empty end),
+      (if (.indata_per_s // 0) / (.awacs // 1) < 0.9 * ($b.indata_per_s // 0) / ($b.awacs // 1) then "INDATA rate" else empty end),
       (if (.indata_p99_us // 1e12) > 3 * ($b.indata_p99_us // 0) + 5000 then "p99" else empty end),
       (if (.replies_wrong // 1) + (.replies_missing // 1) > 0 then "replies" else empty end),
       (if (.injected // 1) > 0 then "injected" else empty end),

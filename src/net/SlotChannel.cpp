@@ -144,7 +144,6 @@ void SlotChannel::letGo(int slot, const QString& why, std::optional<Refusal> cou
     if (gate_ && counted) gate_->count(port_, *counted);
     letGoReason_ = why;
     if (departures_.closed) departures_.closed(static_cast<int16_t>(slot));
-    // An owner that keeps the slot (none does today) leaves it to the caller to try again.
     letGoReason_.clear();
 }
 

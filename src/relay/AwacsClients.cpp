@@ -5,9 +5,9 @@
 namespace {
 
 // A failed connection leaves its client listed and counted, as the players saw it at the failure;
-// the listing of a connection that is gone is then let go as AWAEND would, one keep-alive
-// period later, so its slot comes back within the silence limit and this (about 70 s in all
-// for a vanished client) instead of never.
+// the listing of a connection that is gone is then let go as AWAEND would, one keep-alive period
+// later. A short fixed time rather than the grace for registering, which the operator may switch
+// off: a vanished client's slot comes back within the silence limit and this, about 75 s in all.
 constexpr int kDeadListingMs = 10000;
 
 // Routine names and labels as the logs show them.
