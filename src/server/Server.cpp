@@ -150,10 +150,12 @@ void Server::reload(const QString& why) {
             settings_ = reading.settings;
             settings_.listen = listen;
             settingsRead_ = reading;
-            access_->apply();
             emit settingsChanged(settings_);
         }
     }
+    // The ban file is read again whether or not the settings changed: an operator's edit of it
+    // takes effect here.
+    access_->apply();
     setups_->reload();
 }
 
