@@ -3,6 +3,8 @@
 #include "BigReadAttack.h"
 #include "ChurnAttack.h"
 #include "FloodAttack.h"
+#include "SquatAttack.h"
+#include "VanishAttack.h"
 
 #include <array>
 #include <string_view>
@@ -20,7 +22,8 @@ constexpr std::array<Entry, 7> kFloods{{{"simnew", FloodAttack::Kind::SimNew},
                                         {"nawacs", FloodAttack::Kind::Nawacs},
                                         {"getlst-noread", FloodAttack::Kind::GetlstNoRead},
                                         {"aispy-nul", FloodAttack::Kind::AiSpyNul}}};
-constexpr std::array<std::string_view, 2> kOthers{"churn", "bigread"};
+constexpr std::array<std::string_view, 7> kOthers{"churn",   "bigread", "silent", "one-address",
+                                                  "numbers", "names",   "vanish"};
 
 } // namespace
 
@@ -50,5 +53,10 @@ std::unique_ptr<Attack> makeAttack(Context& ctx, const std::string& name) {
         if (e.name == name) return std::make_unique<FloodAttack>(ctx, e.kind);
     if (name == "churn") return std::make_unique<ChurnAttack>(ctx);
     if (name == "bigread") return std::make_unique<BigReadAttack>(ctx);
+    if (name == "silent") return std::make_unique<SquatAttack>(ctx, SquatAttack::Kind::Silent);
+    if (name == "one-address") return std::make_unique<SquatAttack>(ctx, SquatAttack::Kind::OneAddress);
+    if (name == "numbers") return std::make_unique<SquatAttack>(ctx, SquatAttack::Kind::Numbers);
+    if (name == "names") return std::make_unique<SquatAttack>(ctx, SquatAttack::Kind::Names);
+    if (name == "vanish") return std::make_unique<VanishAttack>(ctx);
     return nullptr;
 }

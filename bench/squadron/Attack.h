@@ -17,7 +17,10 @@
 //                 record holds a NUL followed by DISCON
 //   bigread       player port: fetches the last setup of the list again and again, reading
 //                 1.6 MB/s, and checks that every reply is whole
+//   silent, one-address, numbers, names: peers that keep what the squadron needs (SquatAttack.h)
+//   vanish        hosts whose links are cut under their registered peers (VanishAttack.h)
 //
+// All but vanish come from one address, --attack-source.
 // A write that is not taken at once is not followed by the next one (counted as held back),
 // so a server that stops reading never makes the attacker queue without bound.
 #include "Context.h"

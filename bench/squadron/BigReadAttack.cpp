@@ -19,6 +19,7 @@ BigReadAttack::BigReadAttack(Context& ctx)
 void BigReadAttack::start() {
     ++figures_.connections;
     figures_.peakOpen = 1;
+    conn_.setSource(ctx_.attackSource);
     if (!conn_.open(ctx_.playerAddr, kReceiveBuffer)) ++figures_.closedByServer;
     tick();
 }

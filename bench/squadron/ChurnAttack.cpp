@@ -69,6 +69,7 @@ void ChurnAttack::openOne() {
     p->conn = std::make_unique<Conn>(ctx_.loop, Conn::Callbacks{asked, nullptr, closed, nullptr});
     p->conn->setMaxSegment(kMaxSegment);
     ++figures_.connections;
+    p->conn->setSource(ctx_.attackSource);
     if (!p->conn->open(ctx_.playerAddr, kReceiveBuffer)) {
         ++figures_.closedByServer;
         p->gone = true;

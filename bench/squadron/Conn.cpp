@@ -1,5 +1,6 @@
 #include "Conn.h"
 
+#include <arpa/inet.h>
 #include <netinet/tcp.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -10,12 +11,20 @@
 #include <cstring>
 
 namespace {
+in_addr spreadFirst{};
+int spreadCount = 0;
+int spreadNext = 0;
 constexpr size_t kReadChunk = 64 * 1024;
 constexpr size_t kInputCap = 16 * 1024 * 1024; // a "message" longer than this is thrown away
 } // namespace
 
 Conn::~Conn() {
     close();
+}
+
+void Conn::spreadSources(const in_addr& first, int count) {
+    spreadFirst = first;
+    spreadCount = count;
 }
 
 bool Conn::open(const sockaddr_in& address, int receiveBuffer) {
@@ -26,6 +35,20 @@ bool Conn::open(const sockaddr_in& address, int receiveBuffer) {
     if (maxSegment_ > 0) setsockopt(fd_, IPPROTO_TCP, TCP_MAXSEG, &maxSegment_, sizeof maxSegment_);
     int one = 1;
     setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    if (hasSource_ || spreadCount > 0) {
+        sockaddr_in from{};
+        from.sin_family = AF_INET;
+        from.sin_addr = source_;
+        if (!hasSource_) {
+            from.sin_addr.s_addr = htonl(ntohl(spreadFirst.s_addr) + uint32_t(spreadNext));
+            spreadNext = (spreadNext + 1) % spreadCount;
+        }
+        if (bind(fd_, reinterpret_cast<const sockaddr*>(&from), sizeof from) != 0) {
+            ::close(fd_);
+            fd_ = -1;
+            return false;
+        }
+    }
     int r = connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     if (r < 0 && errno != EINPROGRESS) {
         ::close(fd_);

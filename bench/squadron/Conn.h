@@ -40,6 +40,15 @@ class Conn : public FdHandler {
     // receiveBuffer > 0 shrinks the socket's receive buffer (a peer that stops reading then
     // pushes its backlog into the server quickly).
     bool open(const sockaddr_in& address, int receiveBuffer = 0);
+    // The address this end binds to before it connects (all of 127/8 is this machine's); without
+    // one, each connection takes the next address of the spread, if one was set.
+    void setSource(const in_addr& source) {
+        source_ = source;
+        hasSource_ = true;
+    }
+    // Honest peers come from `count` addresses from `first` on, in turn, as a squadron's members
+    // come from homes of their own (0: from the system's choice).
+    static void spreadSources(const in_addr& first, int count);
     bool isOpen() const { return fd_ >= 0 && connected_; }
     bool isActive() const { return fd_ >= 0; }
     // msg is the whole message with its NUL; raw bytes are queued as one piece.
@@ -77,6 +86,8 @@ class Conn : public FdHandler {
     EventLoop& loop_;
     Callbacks cb_;
     int fd_ = -1;
+    in_addr source_{};
+    bool hasSource_ = false;
     bool connected_ = false;
     bool reading_ = true;
     bool shutdownPending_ = false;

@@ -1,5 +1,7 @@
 #include "Context.h"
 
+#include "Conn.h"
+
 #include <arpa/inet.h>
 
 #include <charconv>
@@ -27,7 +29,16 @@ bool number(std::string_view& s, uint64_t& v) {
 Context::Context(const Options& o)
     : opt(o), ledger(int64_t(o.marginMs * 1e6), int64_t(o.marginMs * 1e6)), rng(o.seed),
       playerAddr(loopbackAddress(o.host, o.playerPort)), awacsAddr(loopbackAddress(o.host, o.awacsPort)),
-      simAddr(loopbackAddress(o.host, o.simPort)), aiAddr(loopbackAddress(o.host, o.aiPort)) {}
+      simAddr(loopbackAddress(o.host, o.simPort)), aiAddr(loopbackAddress(o.host, o.aiPort)) {
+    inet_pton(AF_INET, o.attackSource.c_str(), &attackSource);
+    // On loopback every 127/8 address is this machine's: the squadron's members come from
+    // addresses of their own, as they do from their homes, and the hostile peer from another.
+    if (o.sources > 0 && o.host.rfind("127.", 0) == 0) {
+        in_addr first{};
+        inet_pton(AF_INET, "127.0.1.1", &first);
+        Conn::spreadSources(first, o.sources);
+    }
+}
 
 const sockaddr_in& Context::address(Port port) const {
     switch (port) {

@@ -66,6 +66,7 @@ struct Context {
     Anomalies anomalies;
     std::mt19937_64 rng;
     sockaddr_in playerAddr{}, awacsAddr{}, simAddr{}, aiAddr{};
+    in_addr attackSource{}; // where the hostile peer connects from
     int64_t runStart = 0, trafficEnd = Ledger::kOpenEnd, measureFrom = 0;
     std::vector<StreamOwner> owners; // by stream id
     Histogram latency;               // INDATA, reading AWACS clients only

@@ -53,6 +53,7 @@ void FloodAttack::open() {
     conn_.setWriteChunk(kWholeBatch);
     // errget reads until it knows its own position, then stops.
     const bool readsAtFirst = plan_.reads || kind_ == Kind::ErrGet;
+    conn_.setSource(ctx_.attackSource);
     if (!conn_.open(ctx_.address(plan_.port), readsAtFirst ? 0 : kNonReaderBuffer)) ++figures_.closedByServer;
 }
 

@@ -35,6 +35,8 @@ void usage() {
                  "  --player-setups N (0)  players fetch only the first N setups (0: any)\n"
                  "  --attack NAME (none)  one hostile peer for the whole traffic period: %s\n"
                  "  --attack-rate X (1) --attack-start S (4)  scales its batches; when it starts\n"
+                 "  --sources N (64)    honest peers come from N loopback addresses from 127.0.1.1 on\n"
+                 "                      (0: all from the host's); --attack-source ADDR (127.0.0.66)\n"
                  "  --newcomer-every S (0)  a fresh AWACS client must get its picture within 3 s\n"
                  "  --stop-server       SIGTERM the server (--server-pid) at the end, with every peer still\n"
                  "                      connected, and count the DISCON they get\n"
@@ -232,6 +234,16 @@ std::optional<Options> parseOptions(int argc, char** argv) {
          [&](const char* v) {
              o.attackStart = std::atof(v);
              return o.attackStart >= 0;
+         }},
+        {"--sources",
+         [&](const char* v) {
+             o.sources = std::atoi(v);
+             return o.sources >= 0 && o.sources <= 250;
+         }},
+        {"--attack-source",
+         [&](const char* v) {
+             o.attackSource = v;
+             return !o.attackSource.empty();
          }},
         {"--newcomer-every",
          [&](const char* v) {

@@ -6,6 +6,10 @@
 
 struct Options {
     std::string host = "127.0.0.1";
+    // Honest peers come from this many loopback addresses from 127.0.1.1 on (0: all from the
+    // host's); the hostile peer from --attack-source.
+    int sources = 64;
+    std::string attackSource = "127.0.0.66";
     int playerPort = 5555, awacsPort = 5556, simPort = 5557, aiPort = 5554;
     double duration = 60; // seconds of traffic, after everyone has joined
     double drain = 3;     // seconds to let the last messages arrive

@@ -14,8 +14,8 @@
 # keeps the whole traffic log of a LOG=1 run (only its first and last lines otherwise);
 # SERVER_FDS=n starts the server with at most n descriptors; BIG_SETUP_LINES=n adds a third
 # setup of n lines; SQUADRON_STOPS=1 lets the simulator send the SIGTERM at the end, while its
-# peers are still connected (it counts the DISCON they get). The server's end is written to
-# server-exit.txt in the run's directory.
+# peers are still connected (it counts the DISCON they get); SERVER_CONF=text becomes the run's
+# tessark-server.conf. The server's end is written to server-exit.txt in the run's directory.
 set -euo pipefail
 
 if [[ ${NETNS:-0} == 1 && -z ${SOAK_IN_NETNS:-} ]]; then
@@ -57,6 +57,7 @@ if [[ ${BIG_SETUP_LINES:-0} -gt 0 ]]; then   # a large reply: one player's fetch
     } > "$dir/Big Sortie.stp"
     setups+=("$dir/Big Sortie.stp")
 fi
+[[ -n ${SERVER_CONF:-} ]] && printf '%s\n' "$SERVER_CONF" > "$dir/tessark-server.conf"
 { printf '[SETUPLIST]\nNUM=%d\n' "${#setups[@]}"
   for i in "${!setups[@]}"; do printf '[SETUPLIST%d]\nFNAME=%s\n' $((i + 1)) "${setups[$i]}"; done
   printf '[DEBUG]\nLOG=%s\n' "$LOG"

@@ -19,6 +19,26 @@ const std::vector<CommandHelpRow> kRows{
      "What SIGHUP does: the log file is reopened, the settings file and the setup catalogue are read "
      "again. Settings that do not read keep the running ones (the operator's log says why); listen "
      "addresses change at the next start.\nExit status: 0; 3 when no server runs in the program directory."},
+    {"kick", "player|awacs|sim SLOT | ai-spy | ADDRESS[/PREFIX]",
+     "Ends a peer's connection as if it had left: the others are told as after a close, and its "
+     "slot is free again. SLOT is the connection's number as status lists it; an address or a "
+     "network ends every connection from there, on every port. It may connect again: ban keeps it "
+     "out.\nExit status: 0; 1 when there is no such connection; 2 for a usage mistake; 3 when no "
+     "server runs in the program directory."},
+    {"ban", "ADDRESS[/PREFIX] [--for DURATION] [--why TEXT]",
+     "Refuses an address or a network on every port from now on, for good or for a time, and ends "
+     "its connections. The bans are kept in the ban file ([access] ban-file, tessark-server.bans "
+     "in the program directory), one a line, and hold across restarts.\n"
+     "  --for DURATION  90s, 30m, 12h, 7d, 2w, 1h30m (at most ten years); for good without it\n"
+     "  --why TEXT      a note kept with the ban (the rest of the line)\n"
+     "Exit status: 0; 1 when the list is full or the file could not be written (the ban holds "
+     "until the server stops); 2 for a usage mistake; 3 when no server runs in the program directory."},
+    {"unban", "ADDRESS[/PREFIX]",
+     "Takes the ban on exactly that address or network away (as bans lists it).\nExit status: 0; 1 when "
+     "there was none or the file could not be written; 2 for a usage mistake; 3 when no server runs."},
+    {"bans", "",
+     "The bans in force: the network, until when, and the note.\nExit status: 0; 3 when no server "
+     "runs in the program directory."},
     {"setups", "list|create|import|remove|verify ...",
      "The setups players are offered, through the running server or, with none, in the program "
      "directory. \"setups SUB-COMMAND --help\" tells each."},

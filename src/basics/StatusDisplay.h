@@ -8,6 +8,7 @@
 struct PlayerRow {
     QString text; // Name & " (" & PlayerSetupName & ")"
     int image;    // 1 verified, 2 failed, 3 not yet verified, 0 none
+    int slot = 0; // the slot of the player's connection (not shown; the window's menu acts on it)
 };
 
 enum class MessageIcon { None, Critical, Information };

@@ -15,6 +15,20 @@ inline constexpr std::array<PortRole, 4> kPortRoles{PortRole::Players, PortRole:
 inline constexpr int portIndex(PortRole role) {
     return static_cast<int>(role);
 }
+// The port's name in the settings and the operator's log: "players", "awacs", "sims", "ai-spy".
+inline const char* portKey(PortRole role) {
+    switch (role) {
+    case PortRole::Players:
+        return "players";
+    case PortRole::Awacs:
+        return "awacs";
+    case PortRole::Sims:
+        return "sims";
+    case PortRole::AiSpy:
+        return "ai-spy";
+    }
+    return "";
+}
 
 // An address with its prefix length: 192.168.1.0/24, 10.0.0.7/32, 2001:db8::/32.
 using Network = QPair<QHostAddress, int>;
@@ -28,6 +42,9 @@ struct AccessSettings {
     // What one connection's messages may make the server send to the others each second (a
     // broadcast of a name to every player counts its size once per player).
     qint64 broadcastBytesPerSecond = 256 * 1024;
+    // A peer that acknowledges nothing for this long (no answer to what was sent, none to the
+    // keep-alive probes) is taken for vanished and its connection ends as a failed one.
+    int silenceLimitSeconds = 60;
     // Per port, the networks whose peers may connect; empty lets everyone.
     std::array<QList<Network>, 4> allow;
     // The operator's bans, kept across restarts; relative to the program directory.

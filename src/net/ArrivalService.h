@@ -4,7 +4,9 @@
 // uncut. A peer that asks for more than it reads is not served further until it has read:
 // the rest of its arrival is held in its element, and the element's drained event resumes it.
 // So a reading peer gets every answer whole, and one that stops reading costs at most the
-// output cap and one answer.
+// output cap and one answer. A peer whose messages made the server send more to the others
+// than its broadcast budget allows is held the same way until the budget is paid: its messages
+// are served later, none is dropped.
 #include "net/Framing.h"
 #include "net/SocketElement.h"
 
@@ -18,16 +20,16 @@ void serveMessages(SocketElement& element, std::string_view messages, Handle&& h
     // what the handlers add to its outbox does.
     const qint64 heldBefore = element.bytesQueued() - element.outboxBytes();
     element.setAnswering(true);
-    while (cursor.next(message)) {
-        handle(message);
-        if (heldBefore + element.outboxBytes() >= SocketElement::kOutputCap) {
+    while (!element.mustWait(heldBefore)) {
+        if (!cursor.next(message)) {
             element.setAnswering(false);
-            element.holdUnhandled(cursor.rest());
+            element.finishArrival();
             return;
         }
+        handle(message);
     }
     element.setAnswering(false);
-    element.finishArrival();
+    element.holdUnhandled(cursor.rest());
 }
 
 // A data arrival: reads it, checks it under the channel's ParseData routine, and serves it.

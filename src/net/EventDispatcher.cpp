@@ -51,10 +51,13 @@ class EpollDispatcher final : public QAbstractEventDispatcher {
     void interrupt() override;
 
   private:
-    // The enabled notifiers of one descriptor, by QSocketNotifier::Type.
+    // The enabled notifiers of one descriptor, by QSocketNotifier::Type. A descriptor closed and
+    // opened again under its number within one wait is watched anew under a generation of its
+    // own; an event of that wait carries the old one and reaches nobody.
     struct Watch {
         QSocketNotifier* notifiers[3] = {};
         bool added = false;
+        uint32_t generation = 0;
     };
     struct Timer {
         int id;
@@ -66,8 +69,13 @@ class EpollDispatcher final : public QAbstractEventDispatcher {
     };
     void rewatch(int fd);
     int waitMs(QEventLoop::ProcessEventsFlags flags) const;
-    bool activate(int fd, QSocketNotifier::Type type);
+    bool activate(int fd, uint32_t generation, QSocketNotifier::Type type);
     bool fireTimers();
+    // Never 0, which the wake-up descriptor's events carry.
+    uint32_t nextGeneration() {
+        if (++generations_ == 0) ++generations_;
+        return generations_;
+    }
     std::vector<Timer>::iterator findTimer(int id) {
         return std::find_if(timers_.begin(), timers_.end(), [id](const Timer& t) { return t.id == id; });
     }
@@ -76,6 +84,7 @@ class EpollDispatcher final : public QAbstractEventDispatcher {
     int wake_ = -1; // an eventfd another thread writes to end the wait
     std::thread::id owner_ = std::this_thread::get_id();
     std::unordered_map<int, Watch> watches_;
+    uint32_t generations_ = 0;
     std::vector<Timer> timers_;
     std::atomic<bool> woken_{false}; // something was posted since the turn began
     std::atomic<bool> wakeArmed_{false};
@@ -87,7 +96,7 @@ EpollDispatcher::EpollDispatcher() {
     wake_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     epoll_event event{};
     event.events = EPOLLIN;
-    event.data.fd = wake_;
+    event.data.u64 = static_cast<uint32_t>(wake_); // generation 0: no watch has it
     epoll_ctl(epoll_, EPOLL_CTL_ADD, wake_, &event);
 }
 
@@ -112,7 +121,8 @@ bool EpollDispatcher::processEvents(QEventLoop::ProcessEventsFlags flags) {
 
     bool handled = false;
     for (int i = 0; i < count; ++i) {
-        const int fd = ready[i].data.fd;
+        const int fd = static_cast<int>(static_cast<uint32_t>(ready[i].data.u64));
+        const auto generation = static_cast<uint32_t>(ready[i].data.u64 >> 32);
         const uint32_t what = ready[i].events;
         if (fd == wake_) {
             eventfd_t value;
@@ -124,18 +134,20 @@ bool EpollDispatcher::processEvents(QEventLoop::ProcessEventsFlags flags) {
         // A notifier may remove or replace another while it is served: each is looked up anew.
         // A hang-up also goes to the write notifier, so that a socket reading nothing any more
         // learns of it instead of being reported again and again.
-        if (what & (EPOLLIN | EPOLLHUP | EPOLLERR)) handled = activate(fd, QSocketNotifier::Read) || handled;
+        if (what & (EPOLLIN | EPOLLHUP | EPOLLERR))
+            handled = activate(fd, generation, QSocketNotifier::Read) || handled;
         if (what & (EPOLLOUT | EPOLLHUP | EPOLLERR))
-            handled = activate(fd, QSocketNotifier::Write) || handled;
-        if (what & EPOLLPRI) handled = activate(fd, QSocketNotifier::Exception) || handled;
+            handled = activate(fd, generation, QSocketNotifier::Write) || handled;
+        if (what & EPOLLPRI) handled = activate(fd, generation, QSocketNotifier::Exception) || handled;
     }
     if (!(flags & QEventLoop::X11ExcludeTimers)) handled = fireTimers() || handled;
     return handled;
 }
 
-bool EpollDispatcher::activate(int fd, QSocketNotifier::Type type) {
+bool EpollDispatcher::activate(int fd, uint32_t generation, QSocketNotifier::Type type) {
     const auto found = watches_.find(fd);
-    if (found == watches_.end() || !found->second.notifiers[type]) return false;
+    if (found == watches_.end() || found->second.generation != generation || !found->second.notifiers[type])
+        return false;
     QEvent event(QEvent::SockAct);
     QCoreApplication::sendEvent(found->second.notifiers[type], &event);
     return true;
@@ -193,12 +205,19 @@ void EpollDispatcher::rewatch(int fd) {
         watches_.erase(found);
         return;
     }
+    if (!watch.added) watch.generation = nextGeneration();
     epoll_event event{};
     event.events = mask;
-    event.data.fd = fd;
-    // A descriptor closed and opened again under the same number left the set when it closed.
-    if (!watch.added || epoll_ctl(epoll_, EPOLL_CTL_MOD, fd, &event) != 0)
+    event.data.u64 = (static_cast<uint64_t>(watch.generation) << 32) | static_cast<uint32_t>(fd);
+    // A descriptor closed and opened again under the same number left the set when it closed:
+    // it is another descriptor now, watched under a new generation.
+    if (watch.added && epoll_ctl(epoll_, EPOLL_CTL_MOD, fd, &event) != 0) {
+        watch.generation = nextGeneration();
+        event.data.u64 = (static_cast<uint64_t>(watch.generation) << 32) | static_cast<uint32_t>(fd);
         epoll_ctl(epoll_, EPOLL_CTL_ADD, fd, &event);
+    } else if (!watch.added) {
+        epoll_ctl(epoll_, EPOLL_CTL_ADD, fd, &event);
+    }
     watch.added = true;
 }
 

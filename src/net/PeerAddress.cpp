@@ -14,6 +14,15 @@ QHostAddress plainAddress(const QHostAddress& address) {
     return isV4 ? QHostAddress(v4) : address;
 }
 
+QHostAddress shareKeyOf(const QHostAddress& address) {
+    const QHostAddress plain = plainAddress(address);
+    if (plain.protocol() != QAbstractSocket::IPv6Protocol) return plain;
+    Q_IPV6ADDR bytes = plain.toIPv6Address();
+    for (int i = 8; i < 16; ++i)
+        bytes[i] = 0;
+    return QHostAddress(bytes);
+}
+
 QHostAddress peerAddressOf(qintptr descriptor) {
     sockaddr_storage storage{};
     socklen_t length = sizeof storage;

@@ -7,3 +7,6 @@
 QHostAddress peerAddressOf(qintptr descriptor);
 // The address the operator knows: ::ffff:a.b.c.d as a.b.c.d.
 QHostAddress plainAddress(const QHostAddress& address);
+// What the limits on one address count by: an IPv4 address as it is, an IPv6 address by its
+// /64, the network one subscriber is given (a stranger there has every address in it).
+QHostAddress shareKeyOf(const QHostAddress& address);

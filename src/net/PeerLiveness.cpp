@@ -15,23 +15,22 @@
 #include <sys/socket.h>
 #endif
 
-namespace {
-constexpr int kIdleSeconds = 20;
-constexpr int kProbeIntervalSeconds = 10;
-constexpr int kProbes = 4;
-} // namespace
+#include <algorithm>
 
-void watchPeerLiveness(qintptr descriptor) {
+void watchPeerLiveness(qintptr descriptor, int silenceLimitSeconds) {
+    const int limit = std::max(1, silenceLimitSeconds);
+    const int idleSeconds = std::max(1, limit / 3);
+    const int probeIntervalSeconds = std::max(1, limit / 6);
 #if defined(Q_OS_WIN)
     const auto s = static_cast<SOCKET>(descriptor);
     tcp_keepalive values{};
     values.onoff = 1;
-    values.keepalivetime = kIdleSeconds * 1000;
-    values.keepaliveinterval = kProbeIntervalSeconds * 1000;
+    values.keepalivetime = idleSeconds * 1000;
+    values.keepaliveinterval = probeIntervalSeconds * 1000;
     DWORD returned = 0;
     WSAIoctl(s, SIO_KEEPALIVE_VALS, &values, sizeof values, nullptr, 0, &returned, nullptr, nullptr);
 #if defined(TCP_MAXRT)
-    DWORD maxRetransmitSeconds = kPeerSilenceLimitSeconds;
+    DWORD maxRetransmitSeconds = static_cast<DWORD>(limit);
     setsockopt(s, IPPROTO_TCP, TCP_MAXRT, reinterpret_cast<const char*>(&maxRetransmitSeconds),
                sizeof maxRetransmitSeconds);
 #endif
@@ -40,12 +39,13 @@ void watchPeerLiveness(qintptr descriptor) {
     const int on = 1;
     setsockopt(s, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
 #if defined(TCP_KEEPIDLE)
-    setsockopt(s, IPPROTO_TCP, TCP_KEEPIDLE, &kIdleSeconds, sizeof kIdleSeconds);
-    setsockopt(s, IPPROTO_TCP, TCP_KEEPINTVL, &kProbeIntervalSeconds, sizeof kProbeIntervalSeconds);
-    setsockopt(s, IPPROTO_TCP, TCP_KEEPCNT, &kProbes, sizeof kProbes);
+    const int probes = std::max(1, (limit - idleSeconds) / probeIntervalSeconds);
+    setsockopt(s, IPPROTO_TCP, TCP_KEEPIDLE, &idleSeconds, sizeof idleSeconds);
+    setsockopt(s, IPPROTO_TCP, TCP_KEEPINTVL, &probeIntervalSeconds, sizeof probeIntervalSeconds);
+    setsockopt(s, IPPROTO_TCP, TCP_KEEPCNT, &probes, sizeof probes);
 #endif
 #if defined(TCP_USER_TIMEOUT)
-    const unsigned int unacknowledgedMs = kPeerSilenceLimitSeconds * 1000;
+    const unsigned int unacknowledgedMs = static_cast<unsigned int>(limit) * 1000;
     setsockopt(s, IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMs, sizeof unacknowledgedMs);
 #endif
 #endif

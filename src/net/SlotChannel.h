@@ -9,14 +9,17 @@
 #include "basics/RepeatSummary.h"
 #include "basics/RunLogs.h"
 #include "basics/VbList.h"
+#include "net/AccessGate.h"
 #include "net/Message.h"
 #include "net/SlotTable.h"
 #include "net/SocketArray.h"
 
 #include <QString>
+#include <QTimer>
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -82,6 +85,11 @@ class SlotChannel {
     }
     void serve(std::vector<Command> commands, Departures departures);
 
+    // The operator's rules for this port: bans and allow lists at accept, one address's share of
+    // the slots, the grace for registering, the broadcast budget and the silence limit of each
+    // connection. Without them (a channel of its own in a test) anyone may hold any slot.
+    void guard(AccessGate& gate, PortRole port);
+
     void listen(const QHostAddress& address, quint16 port) {
         sockets_.listen(address, port, names_.peerKind);
     }
@@ -95,13 +103,30 @@ class SlotChannel {
     void release(int16_t slot, ErrorTrap& trap);
     // The slot's connection is closed if it is open or failed; the slot stays taken.
     void closeConnection(int slot);
+    // The slot's peer said who it is (VALIDR, NAWACS, SIMNEW): the grace for that ends.
+    void markRegistered(int slot);
+    // The server ends the slot's connection as a leave: the owning component removes it as after
+    // a close, and the operator's log tells why ("kicked by the operator"); the gate counts it
+    // under `counted`, if given.
+    void letGo(int slot, const QString& why, std::optional<Refusal> counted = std::nullopt);
+    // letGo() after `ms`, unless that connection has gone by then.
+    void letGoLater(int slot, int ms, const QString& why);
+    // The slots whose peers are inside the network, in slot order.
+    std::vector<int> slotsIn(const Network& network);
 
     // One whole message to a slot: sent only when it is connected, logged either way, and its
     // caller learns nothing.
     void send(std::string_view command, std::string_view data, int16_t slot);
     // send() to each slot of the list (elements 1..ubound) in turn, the message framed once for
-    // all of them.
-    void sendToEach(std::string_view command, std::string_view data, const VbList<int16_t>& receivers);
+    // all of them. What goes to others than the connection being served is paid from its
+    // broadcast budget (SendBudget).
+    void sendToEach(std::string_view command, std::string_view data, const VbList<int16_t>& receivers) {
+        sendToEach(command, data, receivers, true);
+    }
+    // sendToEach() of a relayed position, which nobody pays for: its output follows its input.
+    void relayToEach(std::string_view command, std::string_view data, const VbList<int16_t>& receivers) {
+        sendToEach(command, data, receivers, false);
+    }
 
     // Shutdown: "DISCON" to every connected slot, in slot order, each connection closed and
     // unloaded, nothing run in between.
@@ -120,17 +145,31 @@ class SlotChannel {
   private:
     SlotChannel(const ChannelNames& names, RunLogs logs, SlotTable* shared);
     void accept(qintptr requestId);
+    // Whether the address already holds its share of this port's slots.
+    bool holdsItsShare(const QHostAddress& address);
+    void sendToEach(std::string_view command, std::string_view data, const VbList<int16_t>& receivers,
+                    bool paid);
+    // The grace for registering: the timer is set for the first unregistered connection to run
+    // out of it, which is then let go.
+    void armGrace();
+    void letGoUnregistered();
+    qint64 budgetRate() const { return gate_ ? gate_->settings().broadcastBytesPerSecond : 0; }
     void serveArrival(int slot);
     void resumeArrival(int slot);
     void handle(int16_t slot, const Message& message, ErrorTrap& trap);
     // A departure event of the slot's connection, with why it ended for the operator's log.
     void depart(int slot, const std::function<void(int16_t)>& departure, const QString& why);
 
-    // Why a connection being released goes: the departure event being served, else the command.
+    // Why a connection being released goes: the departure event being served, the server's
+    // letting it go, else the command.
     QString departure_;
+    QString letGoReason_;
     std::string_view commandServed_;
     RepeatSummary peerEvents_{lcPeers};
-    RepeatSummary refusals_{lcAccess};
+    RepeatSummary accessEvents_{lcAccess};
+    AccessGate* gate_ = nullptr;
+    PortRole port_ = PortRole::Players;
+    QTimer graceTimer_;
     ChannelNames names_;
     RunLogs logs_;
     SlotTable ownSlots_{};

@@ -47,9 +47,9 @@ int SocketArray::state(int index) const {
     return loaded(index).state();
 }
 
-void SocketArray::accept(int index, qintptr requestId) {
+void SocketArray::accept(int index, qintptr requestId, const ConnectionTerms& terms) {
     if (index == 0) throw errors::wrongState(); // the listener cannot take a connection
-    element(index).accept(requestId);
+    element(index).accept(requestId, terms);
     listener_.take(requestId);
 }
 

@@ -28,7 +28,7 @@ class SocketArray : public QObject {
     void load(int index);
     void unload(int index);
     int state(int index) const;
-    void accept(int index, qintptr requestId);
+    void accept(int index, qintptr requestId, const ConnectionTerms& terms = {});
     // One whole message, command + data + NUL.
     void send(int index, std::string_view command, std::string_view data);
     void close(int index);

@@ -5,11 +5,12 @@
 #include "net/Framing.h"
 #include "net/GatheredWrite.h"
 #include "net/MissedCloses.h"
+#include "net/PeerAddress.h"
 #include "net/PeerLiveness.h"
 
 #include <QCoreApplication>
-#include <QHostAddress>
 #include <QTcpSocket>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstring>
@@ -39,6 +40,11 @@ qintptr SocketElement::descriptor() const {
     return socket_ ? socket_->socketDescriptor() : -1;
 }
 
+qint64 SocketElement::msSinceAccepted() const {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(SendBudget::Clock::now() - acceptedAt_)
+        .count();
+}
+
 QString SocketElement::peerAddress() const {
     if (!socket_) return {};
     // An IPv4 peer of a dual-stack socket reads as ::ffff:a.b.c.d; the operator knows a.b.c.d.
@@ -64,7 +70,7 @@ int SocketElement::state() const {
     }
 }
 
-void SocketElement::accept(qintptr requestId) {
+void SocketElement::accept(qintptr requestId, const ConnectionTerms& terms) {
     if (state() != Closed) throw errors::wrongState();
     release();
     errored_ = false;
@@ -78,11 +84,17 @@ void SocketElement::accept(qintptr requestId) {
     // AI Spy link (the element outside any array, index 0) takes its whole batch as one arrival.
     socket->setReadBufferSize(index_ == 0 ? kMaxWholeArrivalBytes : kMaxArrivalBytes);
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    watchPeerLiveness(requestId);
+    watchPeerLiveness(requestId, terms.silenceLimitSeconds);
     socket_ = socket;
     socketHoldsOutput_ = false;
     connectedSince_ = QDateTime::currentDateTime();
+    acceptedAt_ = SendBudget::Clock::now();
     messagesDropped_ = 0;
+    peerHost_ = plainAddress(socket->peerAddress());
+    shareKey_ = shareKeyOf(peerHost_);
+    registered_ = false;
+    budgetRate_ = terms.budgetRate;
+    budget_.reset(terms.budgetRate);
     connect(socket, &QTcpSocket::readyRead, this,
             [this] { emit dataArrival(index_, socket_->bytesAvailable()); });
     connect(socket, &QTcpSocket::bytesWritten, this, [this] { noticeDrain(); });
@@ -183,9 +195,19 @@ void SocketElement::finishArrival() {
 }
 
 // Raised as an event of its own once the output that held an arrival has gone down to half the
-// cap, so the peer's next requests meet room for their answers.
+// cap, so the peer's next requests meet room for their answers, and its broadcast budget is out of
+// debt, so they may cost the others again.
 void SocketElement::noticeDrain() {
     if (!held_ || bytesQueued() >= kOutputCap / 2) return;
+    if (budgetRate_ > 0 && budget_.overdrawn()) {
+        if (!budgetWait_) {
+            budgetWait_ = new QTimer(this);
+            budgetWait_->setSingleShot(true);
+            connect(budgetWait_, &QTimer::timeout, this, [this] { noticeDrain(); });
+        }
+        budgetWait_->start(static_cast<int>(std::min<qint64>(budget_.msUntilPaid() + 1, 60000)));
+        return;
+    }
     QMetaObject::invokeMethod(
         this,
         [this] {

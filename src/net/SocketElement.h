@@ -1,6 +1,10 @@
 #pragma once
+#include "net/PeerLiveness.h"
+#include "net/SendBudget.h"
+
 #include <QByteArray>
 #include <QDateTime>
+#include <QHostAddress>
 #include <QObject>
 #include <QString>
 
@@ -10,6 +14,13 @@
 #include <vector>
 
 class QTcpSocket;
+class QTimer;
+
+// What the operator's settings give each connection when it is accepted.
+struct ConnectionTerms {
+    int silenceLimitSeconds = kPeerSilenceLimitSeconds; // see PeerLiveness
+    qint64 budgetRate = 0; // bytes a second its messages may make the server send to others (0: no limit)
+};
 
 // One socket control: an accepted connection of a control array, or the single AI Spy link.
 // It raises the four events of the server's model (data arrival, close, error) with its index
@@ -42,8 +53,23 @@ class SocketElement : public QObject {
     QString peerAddress() const;
     QDateTime connectedSince() const { return connectedSince_; }
     qint64 messagesDropped() const { return messagesDropped_; }
+    // The peer's address as limits count it (see shareKeyOf), kept from the accept on.
+    const QHostAddress& peerHost() const { return peerHost_; }
+    const QHostAddress& shareKey() const { return shareKey_; }
+    // Whether the peer said who it is; the grace for that counts from the accept.
+    bool registered() const { return registered_; }
+    void setRegistered() { registered_ = true; }
+    qint64 msSinceAccepted() const;
     // Takes over an accepted connection; "wrong state" unless this element is closed.
-    void accept(qintptr requestId);
+    void accept(qintptr requestId, const ConnectionTerms& terms = {});
+    // What this connection's messages made the server send to others, against its budget.
+    SendBudget& budget() { return budget_; }
+    // Whether its further messages must wait: its output backed up past the cap (counting what
+    // was queued before the event), or its broadcast budget is overdrawn.
+    bool mustWait(qint64 heldBefore) {
+        return heldBefore + outboxBytes() >= kOutputCap || (budgetRate_ > 0 && budget_.overdrawn());
+    }
+    qint64 budgetRate() const { return budgetRate_; }
 
     // Reads one arrival of NUL-ended messages. When this read had to stop short of what was
     // waiting (it filled a whole arrival), the read was cut here and not by the peer: the unfinished message
@@ -170,4 +196,11 @@ class SocketElement : public QObject {
     bool passedOver_ = false;
     QDateTime connectedSince_;
     qint64 messagesDropped_ = 0;
+    QHostAddress peerHost_;
+    QHostAddress shareKey_;
+    bool registered_ = false;
+    SendBudget::Clock::time_point acceptedAt_{};
+    SendBudget budget_;
+    qint64 budgetRate_ = 0;
+    QTimer* budgetWait_ = nullptr; // resumes a hold when the budget is paid
 };

@@ -48,6 +48,7 @@ void PlayerSessions::addPlayer(std::string_view name, int16_t slot) {
     added.name = name;
     added.slot = slot;
     added.mark = "-";
+    channel_.markRegistered(slot);
     showRoster();
     channel_.tell(
         slot, QString("registered as \"%1\" (player %2)").arg(text::printable(name)).arg(roster_.ubound()));
@@ -105,7 +106,7 @@ void PlayerSessions::showRoster() {
     std::vector<PlayerRow> rows;
     for (int i = 1; i <= roster_.ubound(); ++i) {
         const PlayerRecord& p = roster_[i];
-        rows.push_back({text::display(p.name + " (" + p.setupName + ")"), imageOfMark(p.mark)});
+        rows.push_back({text::display(p.name + " (" + p.setupName + ")"), imageOfMark(p.mark), p.slot});
     }
     display_.showPlayers(rows);
 }

@@ -4,6 +4,12 @@
 
 namespace {
 
+// A failed connection leaves its client listed and counted, as the players saw it at the failure;
+// the listing of a connection that is gone is then let go as AWAEND would, one keep-alive period
+// later. A short fixed time rather than the grace for registering, which the operator may switch
+// off: a vanished client's slot comes back within the silence limit and this, about 75 s in all.
+constexpr int kDeadListingMs = 10000;
+
 // Routine names and labels as the logs show them.
 constexpr ChannelNames kNames{"WS2_ConnectionRequest",
                               "WS2_DataArrival",
@@ -26,11 +32,16 @@ const ChannelNames& AwacsClients::channelNames() {
 
 AwacsClients::AwacsClients(SlotChannel& channel, RunLogs logs, StatusDisplay& display)
     : channel_(channel), logs_(logs), display_(display) {
-    // A connection that fails is closed but the client stays listed and counted: later sends
-    // to it are dropped by the sender.
+    // A connection that fails is closed but the client stays listed and counted: sends to it
+    // are dropped by the sender until its listing is let go.
     channel_.serve(*this, kCommands,
                    {[this](int16_t slot) { dropClient(slot); },
-                    [this](int16_t slot) { channel_.closeConnection(slot); }});
+                    [this](int16_t slot) {
+                        channel_.closeConnection(slot);
+                        channel_.letGoLater(
+                            slot, kDeadListingMs,
+                            QString("its connection had failed %1 s before").arg(kDeadListingMs / 1000));
+                    }});
 }
 
 void AwacsClients::connect(std::vector<const PictureSource*> sources, PlayerAudience& audience) {
@@ -51,6 +62,7 @@ void AwacsClients::addClient(int16_t slot) {
         listings += listed_[k] == slot;
     if (!trap.require(listings < kMaxListingsPerSlot, tooManyListings)) return;
     listed_.append(slot);
+    channel_.markRegistered(slot);
     channel_.tell(slot, QString("registered (%1 AWACS clients listed)").arg(listed_.ubound()));
     showCount();
 

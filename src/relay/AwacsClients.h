@@ -39,8 +39,13 @@ class AwacsClients {
     // Reports relayed since start (each counts once, whatever the number of clients).
     qint64 reportsRelayed() const { return reportsRelayed_; }
 
-    // One message to every listed client, in list order.
+    // One message to every listed client, in list order; paid from the broadcast budget of the
+    // connection whose message caused it.
     void sendToAwacs(std::string_view command, std::string_view data);
+    // A relayed report to every listed client: what the server is for, so nobody's budget pays.
+    void relay(std::string_view command, std::string_view data) {
+        channel_.relayToEach(command, data, listed_);
+    }
     // One message to one client's slot.
     void sendTo(std::string_view command, std::string_view data, int16_t slot) {
         channel_.send(command, data, slot);

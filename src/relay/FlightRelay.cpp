@@ -21,15 +21,15 @@ std::string numbered(long number, std::string_view text) {
 void AwacsClients::relayPlayerPosition(std::string_view data, int16_t slot) {
     if (listed_.ubound() == 0) return;
     ++reportsRelayed_;
-    sendToAwacs("INDATA", numbered(slot, data));
+    relay("INDATA", numbered(slot, data));
 }
 
 void AwacsClients::relayAirplanePosition(int16_t airplane, std::string_view text) {
     ++reportsRelayed_;
-    sendToAwacs("INDATA", numbered(airplane, text));
+    relay("INDATA", numbered(airplane, text));
 }
 
 void AwacsClients::relayAiTraffic(std::string_view text) {
     ++reportsRelayed_;
-    sendToAwacs("AILOCA", text);
+    relay("AILOCA", text);
 }

@@ -58,7 +58,13 @@ SimClients::SimClients(SlotChannel& channel, SlotTable& airplaneNumbers, AwacsCl
 
 void SimClients::reset() {
     simulators_.reset();
+    numberTakenBy_.fill(0);
     channel_.reset();
+}
+
+void SimClients::giveBack(int16_t number) {
+    slotFlag(airplaneNumbers_, number) = false;
+    numberTakenBy_[static_cast<size_t>(number)] = 0;
 }
 
 void SimClients::addSimulator(std::string_view data, int16_t slot) {
@@ -73,6 +79,7 @@ void SimClients::addSimulator(std::string_view data, int16_t slot) {
             placesOnSlot += simulators_[i].airplanes.ubound();
         }
     if (!trap.require(records < kMaxListingsPerSlot, tooManyListings)) return;
+    channel_.markRegistered(slot);
     const size_t at = data.find('@');
     SimRecord& record = simulators_.append();
     record.name = std::string(data.substr(0, at));
@@ -98,6 +105,7 @@ void SimClients::addAirplane(std::string_view data, int16_t slot) {
     // every number taken, 0 is stored and nothing is announced.
     const int16_t n = lowestFreeSlot(airplaneNumbers_);
     airplaneNumbers_[static_cast<size_t>(n)] = true;
+    if (n != 0) numberTakenBy_[static_cast<size_t>(n)] = slot;
     // The simulator is found by position: the record whose place in the list is the slot.
     SimRecord* sim = simulators_.find(slot);
     int32_t place = 0;
@@ -119,7 +127,7 @@ void SimClients::removeAirplane(std::string_view data, int16_t slot) {
     if (!trap.require(entry != nullptr, errors::subscriptOutOfRange)) return;
     // An empty place still tells every AWACS client, with "0".
     awacs_.sendToAwacs("DELCLT", text::number(*entry));
-    trap([&] { slotFlag(airplaneNumbers_, *entry) = false; });
+    trap([&] { giveBack(*entry); });
     *entry = 0;
 }
 
@@ -158,8 +166,14 @@ void SimClients::dropSimulator(int16_t slot) {
         for (int j = 1; j <= airplanes.ubound(); ++j)
             trap([&] {
                 if (airplanes[j] != 0) awacs_.sendTo("DELCLT", text::number(airplanes[j]), clients[k]);
-                slotFlag(airplaneNumbers_, airplanes[j]) = false;
+                giveBack(airplanes[j]);
             });
+    // Every other number this connection took goes back too, unannounced as it always was: those
+    // of a simulator that left with no AWACS client listed, of places that a second ADDAIR
+    // overwrote, and of ADDAIRs for places it does not have (taken before the place was looked
+    // up). Kept, they would keep players out until the program ends.
+    for (int16_t n = 1; n <= kMaxSlot; ++n)
+        if (numberTakenBy_[static_cast<size_t>(n)] == slot) giveBack(n);
 
     channel_.release(slot, trap);
     simulators_.removeWhere([&](const SimRecord& sim) { return sim.slot == slot; });

@@ -13,6 +13,7 @@
 #include "relay/PictureSource.h"
 #include "relay/PlayerAudience.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -57,6 +58,8 @@ class SimClients : public PictureSource {
 
   private:
     void showCount();
+    // An airplane number is free again, whoever took it.
+    void giveBack(int16_t number);
 
     SlotChannel& channel_;
     SlotTable& airplaneNumbers_;
@@ -65,4 +68,7 @@ class SimClients : public PictureSource {
     StatusDisplay& display_;
     PlayerAudience* audience_ = nullptr;
     VbList<SimRecord> simulators_;
+    // For each airplane number, the SIM connection whose ADDAIR took it (0: none), so that all
+    // of them come back when that connection ends, whatever its records still know of them.
+    std::array<int16_t, kMaxSlot + 1> numberTakenBy_{};
 };

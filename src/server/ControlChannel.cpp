@@ -2,6 +2,7 @@
 
 #include "basics/OperatorLog.h"
 #include "basics/PrivateDir.h"
+#include "server/AccessCommands.h"
 #include "server/Server.h"
 #include "server/StatusReport.h"
 #include "setups/SetupCatalogue.h"
@@ -126,6 +127,7 @@ void ControlChannel::serve(QLocalSocket* socket) {
 }
 
 ControlAnswer ControlChannel::answer(const QStringList& words, const QByteArray& content) {
+    if (std::optional<ControlAnswer> access = answerAccessCommand(server_, words)) return *access;
     ControlAnswer reply;
     const QString command = words.value(0);
     if (command == "status" && (words.size() == 1 || (words.size() == 2 && words[1] == "--json"))) {

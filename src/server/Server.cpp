@@ -8,6 +8,7 @@
 #include "relay/AiSpyLink.h"
 #include "relay/AwacsClients.h"
 #include "relay/SimClients.h"
+#include "server/AccessControl.h"
 #include "server/ControlChannel.h"
 #include "setups/SetupCatalogue.h"
 
@@ -44,6 +45,11 @@ Server::Server(StatusDisplay& display, QString appDir, Ports ports, ErrorLog::En
     awacs_->connect({players_.get(), sims_.get()}, *players_);
     sims_->connect(*players_);
     control_ = std::make_unique<ControlChannel>(*this);
+    access_ = std::make_unique<AccessControl>(*this);
+    playerChannel_->guard(access_->gate(), PortRole::Players);
+    awacsChannel_->guard(access_->gate(), PortRole::Awacs);
+    simChannel_->guard(access_->gate(), PortRole::Sims);
+    aiSpy_->guard(access_->gate());
 
     keepAlive_.setInterval(kKeepAliveMs);
     connect(&keepAlive_, &QTimer::timeout, this, &Server::sendKeepAlive);
@@ -114,6 +120,7 @@ void Server::start() {
     }
 
     setups_->loadFiles();
+    access_->apply();
 
     playerChannel_->listen(settings_.listenPoint(PortRole::Players).address, requestedPorts_.players);
     awacsChannel_->listen(settings_.listenPoint(PortRole::Awacs).address, requestedPorts_.awacs);
@@ -153,6 +160,9 @@ void Server::reload(const QString& why) {
             emit settingsChanged(settings_);
         }
     }
+    // The ban file is read again whether or not the settings changed: an operator's edit of it
+    // takes effect here.
+    access_->apply();
     setups_->reload();
 }
 
@@ -207,6 +217,10 @@ void Server::exit(const QString& why) {
 
 std::array<SlotChannel*, 3> Server::slotChannels() const {
     return {playerChannel_.get(), awacsChannel_.get(), simChannel_.get()};
+}
+
+QMap<QString, qint64> Server::refusalCounts() const {
+    return access_->gate().counts();
 }
 
 Ports Server::ports() const {

@@ -10,6 +10,7 @@
 #include "server/ServerSettings.h"
 
 #include <QDateTime>
+#include <QMap>
 #include <QObject>
 #include <QTimer>
 
@@ -22,6 +23,7 @@ class SimClients;
 class AiSpyLink;
 class SetupCatalogue;
 class ControlChannel;
+class AccessControl;
 
 struct Ports {
     quint16 players = 5555;
@@ -85,6 +87,12 @@ class Server : public QObject {
     SimClients& sims() { return *sims_; }
     AiSpyLink& aiSpy() { return *aiSpy_; }
     SetupCatalogue& setups() { return *setups_; }
+    // Kicks, bans and who may connect.
+    AccessControl& access() { return *access_; }
+    // Connections refused at accept, and let go, since the start, by "<port>/<reason>": ports
+    // as the settings name them (players, awacs, sims, ai-spy), reasons banned, not-allowed,
+    // per-address, full, busy (refused) and idle, kicked (let go); only counts above zero.
+    QMap<QString, qint64> refusalCounts() const;
 
     // Ports actually listened on (tests start the server on any free port).
     Ports ports() const;
@@ -129,6 +137,7 @@ class Server : public QObject {
     std::unique_ptr<PlayerSessions> players_;
     std::unique_ptr<AiSpyLink> aiSpy_;
     std::unique_ptr<ControlChannel> control_;
+    std::unique_ptr<AccessControl> access_;
     bool unloaded_ = false;
     bool exiting_ = false;
 };

@@ -1,6 +1,7 @@
 #include "server/ServerSettings.h"
 
 #include "basics/SettingsFile.h"
+#include "net/BanList.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -37,10 +38,9 @@ std::optional<int> parseCount(const QString& text, int most) {
 std::optional<QList<Network>> parseNetworks(const QString& text) {
     QList<Network> networks;
     for (const QString& word : text.split(QRegularExpression(R"([\s,]+)"), Qt::SkipEmptyParts)) {
-        Network network = QHostAddress::parseSubnet(
-            word.contains('/') ? word : word + "/" + (word.contains(':') ? "128" : "32"));
-        if (network.first.isNull()) return std::nullopt;
-        networks << network;
+        const std::optional<Network> network = parseNetwork(word);
+        if (!network) return std::nullopt;
+        networks << *network;
     }
     return networks;
 }
@@ -112,6 +112,11 @@ const std::map<QString, Apply>& keys() {
             r.set(e, rate && *rate >= 1024 ? rate : std::nullopt, s.access.broadcastBytesPerSecond,
                   "expected bytes a second, at least 1 KiB (such as 256 KiB)");
         };
+        t["access/silence-limit"] = [](Reader& r, const SettingsEntry& e, ServerSettings& s) {
+            const std::optional<int> seconds = parseCount(e.value, 3600);
+            r.set(e, seconds && *seconds >= 1 ? seconds : std::nullopt, s.access.silenceLimitSeconds,
+                  "expected seconds from 1 to 3600");
+        };
         t["access/ban-file"] = [](Reader& r, const SettingsEntry& e, ServerSettings& s) {
             if (e.value.isEmpty())
                 r.bad(e, "expected a file name");
@@ -141,20 +146,6 @@ QString ListenPoint::text() const {
                          : address == QHostAddress::Any ? QString("*")
                                                         : address.toString();
     return host + ":" + QString::number(port);
-}
-
-const char* portKey(PortRole role) {
-    switch (role) {
-    case PortRole::Players:
-        return "players";
-    case PortRole::Awacs:
-        return "awacs";
-    case PortRole::Sims:
-        return "sims";
-    case PortRole::AiSpy:
-        return "ai-spy";
-    }
-    return "";
 }
 
 SettingsReading readServerSettings(const QString& path, bool required, const QString& programDir) {

@@ -50,6 +50,3 @@ SettingsReading readServerSettings(const QString& path, bool required, const QSt
 // What a reload may change while the server runs; the listeners keep their addresses until the
 // next start (a warning says so).
 QStringList settingsNeedingRestart(const ServerSettings& running, const ServerSettings& read);
-
-// The port's name in the settings and the operator's log: "players", "awacs", "sims", "ai-spy".
-const char* portKey(PortRole role);

@@ -94,6 +94,7 @@ StatusSnapshot takeStatusSnapshot(Server& server) {
             s.setupProblems.push_back({i, text::printable(setups[i].filePath, 4096), setups[i].problem});
     s.messagesRelayed = server.awacs().reportsRelayed();
     s.bytesSent = SocketElement::bytesHandedOver();
+    s.connectionsRefused = server.refusalCounts();
     s.runtimeErrors = server.errorLog().countsByRoutine();
     return s;
 }

@@ -1,5 +1,6 @@
 #include "ui/StatusWindow.h"
 
+#include "server/AccessControl.h"
 #include "server/Server.h"
 #include "ui/TrayIcon.h"
 #include "ui/wizard/OperatorDialogs.h"
@@ -10,6 +11,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QTreeWidget>
@@ -68,6 +70,8 @@ void StatusWindow::buildControls() {
     playerTree_->setObjectName("TreeView1");
     playerTree_->setHeaderHidden(true);
     playerTree_->setRootIsDecorated(false);
+    playerTree_->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(playerTree_, &QTreeWidget::customContextMenuRequested, this, &StatusWindow::openPlayerMenu);
     layout->addWidget(playersLabel_);
     layout->addWidget(playerTree_, 1);
 
@@ -121,6 +125,36 @@ void StatusWindow::buildMenus() {
     QAction* addSetupAction = setupsMenu->addAction("&Add Setup...");
     addSetupAction->setObjectName("mnuAddSetup");
     connect(addSetupAction, &QAction::triggered, this, &StatusWindow::onAddSetup);
+
+    // A player's row: its connection ended as a leave, or its address refused from now on.
+    playerMenu_ = new QMenu(this);
+    playerMenu_->setObjectName("mnuPlayer");
+    QAction* kickAction = playerMenu_->addAction("&Kick");
+    kickAction->setObjectName("mnuKick");
+    connect(kickAction, &QAction::triggered, this, &StatusWindow::onKick);
+    QAction* banAction = playerMenu_->addAction("&Ban Address");
+    banAction->setObjectName("mnuBanAddress");
+    connect(banAction, &QAction::triggered, this, &StatusWindow::onBanAddress);
+}
+
+void StatusWindow::openPlayerMenu(const QPoint& where) {
+    QTreeWidgetItem* row = playerTree_->itemAt(where);
+    if (!row || !server_) return;
+    menuSlot_ = row->data(0, Qt::UserRole).toInt();
+    playerMenu_->popup(playerTree_->viewport()->mapToGlobal(where));
+}
+
+void StatusWindow::onKick() {
+    if (server_ && menuSlot_ > 0) server_->access().kick({PortRole::Players, menuSlot_});
+}
+
+void StatusWindow::onBanAddress() {
+    if (!server_ || menuSlot_ <= 0) return;
+    const SocketElement* connection = server_->playerChannel().sockets().find(menuSlot_);
+    if (!connection || connection->peerHost().isNull()) return;
+    const QHostAddress address = connection->peerHost();
+    const int whole = address.protocol() == QAbstractSocket::IPv6Protocol ? 128 : 32;
+    server_->access().ban({address, whole}, {}, "banned from the status window");
 }
 
 void StatusWindow::attach(Server& server) {
@@ -133,6 +167,7 @@ void StatusWindow::showPlayers(const std::vector<PlayerRow>& rows) {
     for (const PlayerRow& row : rows) {
         auto* node = new QTreeWidgetItem(playerTree_, QStringList{row.text});
         node->setIcon(0, verificationIcon(row.image));
+        node->setData(0, Qt::UserRole, row.slot);
     }
 }
 

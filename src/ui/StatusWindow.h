@@ -13,6 +13,7 @@ class SetupWizard;
 class OperatorDialogs;
 class QLabel;
 class QLineEdit;
+class QMenu;
 class QTreeWidget;
 
 // The status window: the players and their verification state, the AWACS and
@@ -41,6 +42,8 @@ class StatusWindow : public QMainWindow, public StatusDisplay {
     TrayIcon& tray() { return *tray_; }
     SetupWizard* wizard() { return wizard_.get(); }
     SetupListDialog* setupList() { return setupList_; }
+    // The menu of a player's row ("mnuPlayer": "Kick", "Ban Address"), opened on the row.
+    QMenu* playerMenu() { return playerMenu_; }
 
   protected:
     // The close box only puts the window away; "Exit" ends the server.
@@ -53,6 +56,9 @@ class StatusWindow : public QMainWindow, public StatusDisplay {
     void onExit();
     void onAddSetup();
     void onEditSetupList();
+    void openPlayerMenu(const QPoint& where);
+    void onKick();
+    void onBanAddress();
 
     Server* server_ = nullptr;
     std::unique_ptr<OperatorDialogs> dialogs_;
@@ -62,6 +68,8 @@ class StatusWindow : public QMainWindow, public StatusDisplay {
 
     QLabel* playersLabel_;
     QTreeWidget* playerTree_;
+    QMenu* playerMenu_;
+    int menuSlot_ = 0; // the slot of the row the player menu was opened on
     QLabel* awacsLabel_;
     QLineEdit* awacsCount_;
     QLabel* simLabel_;

@@ -16,7 +16,8 @@
 
 class RelayTest : public ::testing::Test {
   protected:
-    explicit RelayTest(const std::string& iniText = {}) : ts_(iniText) {}
+    explicit RelayTest(const std::string& iniText = {}, const std::string& settings = {})
+        : ts_(iniText, true, settings) {}
 
     Server& server() { return ts_.server(); }
     int awacsListed() { return server().awacs().listed().ubound(); }

@@ -94,4 +94,62 @@ TEST(EventDispatcher, ANotifierMayGoAwayInItsOwnEventAndTheDescriptorBeWatchedAg
     ::close(pair[1]);
     ::close(pair[0]);
 }
+
+// Two descriptors ready in one wait; serving the first closes the second, and a new descriptor
+// opened at once gets the second's number and a notifier of its own. The second's event from
+// that wait was for the descriptor that is gone: it must not reach the newcomer's notifier.
+TEST(EventDispatcher, AnEventForADescriptorClosedInTheSameWaitMissesTheOneThatTookItsNumber) {
+    struct Pair {
+        int ends[2] = {-1, -1};
+        std::unique_ptr<QSocketNotifier> notifier;
+        int activations = 0;
+    };
+    Pair pairs[2];
+    Pair newcomer;
+    QEventLoop loop;
+    bool swapped = false;
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pairs[i].ends), 0);
+        pairs[i].notifier = std::make_unique<QSocketNotifier>(pairs[i].ends[0], QSocketNotifier::Read);
+    }
+    for (int i = 0; i < 2; ++i) {
+        Pair& self = pairs[i];
+        Pair& other = pairs[1 - i];
+        QObject::connect(self.notifier.get(), &QSocketNotifier::activated, [&] {
+            ++self.activations;
+            char byte;
+            [[maybe_unused]] const ssize_t got = ::read(self.ends[0], &byte, 1);
+            if (swapped) return;
+            swapped = true;
+            // Whichever is served first closes the other, whose event is still in this wait's batch.
+            const int number = other.ends[0];
+            other.notifier.reset();
+            ::close(other.ends[0]);
+            ::close(other.ends[1]);
+            other.ends[0] = other.ends[1] = -1;
+            int fresh[2];
+            ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, fresh), 0);
+            ASSERT_EQ(::dup2(fresh[0], number), number); // as the system hands out a freed number
+            ::close(fresh[0]);
+            newcomer.ends[0] = number;
+            newcomer.ends[1] = fresh[1];
+            newcomer.notifier = std::make_unique<QSocketNotifier>(newcomer.ends[0], QSocketNotifier::Read);
+            QObject::connect(newcomer.notifier.get(), &QSocketNotifier::activated,
+                             [&] { ++newcomer.activations; });
+            QTimer::singleShot(50, &loop, &QEventLoop::quit);
+        });
+    }
+    ASSERT_EQ(::write(pairs[0].ends[1], "x", 1), 1);
+    ASSERT_EQ(::write(pairs[1].ends[1], "x", 1), 1);
+    runLoop(loop);
+    EXPECT_TRUE(swapped);
+    EXPECT_EQ(pairs[0].activations + pairs[1].activations, 1);
+    // Nothing was written to the newcomer: nothing may tell it it is readable.
+    EXPECT_EQ(newcomer.activations, 0);
+    for (Pair* pair : {&pairs[0], &pairs[1], &newcomer}) {
+        pair->notifier.reset();
+        for (int end : pair->ends)
+            if (end >= 0) ::close(end);
+    }
+}
 #endif

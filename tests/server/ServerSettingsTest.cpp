@@ -41,6 +41,7 @@ TEST(ServerSettings, TheShippedFileNamesEveryKeyWithItsDefault) {
     EXPECT_EQ(read.access.idleGraceSeconds, defaults.access.idleGraceSeconds);
     EXPECT_EQ(read.access.perAddressSlots, defaults.access.perAddressSlots);
     EXPECT_EQ(read.access.broadcastBytesPerSecond, defaults.access.broadcastBytesPerSecond);
+    EXPECT_EQ(read.access.silenceLimitSeconds, defaults.access.silenceLimitSeconds);
     EXPECT_EQ(read.access.banFile, defaults.access.banFile);
     EXPECT_EQ(read.files.setupFileBytes, defaults.files.setupFileBytes);
     EXPECT_EQ(read.files.iniFileBytes, defaults.files.iniFileBytes);

@@ -5,10 +5,15 @@
 
 #include <QCoreApplication>
 
-TestServer::TestServer(const std::string& iniText, bool startNow) {
+TestServer::TestServer(const std::string& iniText, bool startNow, const std::string& settingsText) {
     dirPath_ = tmp_.path() + QDir::separator();
     if (!iniText.empty()) writeFile("tessark.ini", iniText);
     server_ = std::make_unique<Server>(display_, dirPath_, Ports::anyFree(), [this] { ++ended_; });
+    if (!settingsText.empty()) {
+        writeFile(kSettingsFileName, settingsText);
+        const QString settings = path(kSettingsFileName);
+        server_->useSettings(settings, true, readServerSettings(settings, true, dirPath_));
+    }
     if (startNow) start();
 }
 

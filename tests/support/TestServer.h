@@ -20,8 +20,11 @@ std::string setupListIni(const QStringList& paths);
 
 class TestServer {
   public:
-    // iniText: the content of tessark.ini before start ("" = no file, a first start).
-    explicit TestServer(const std::string& iniText = {}, bool start = true);
+    // iniText: the content of tessark.ini before start ("" = no file, a first start);
+    // settingsText: the content of tessark-server.conf, read as --config reads it ("" = none,
+    // the defaults).
+    explicit TestServer(const std::string& iniText = {}, bool start = true,
+                        const std::string& settingsText = {});
     ~TestServer();
 
     void start();

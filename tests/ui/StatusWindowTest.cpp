@@ -1,9 +1,11 @@
 #include "ui/StatusWindow.h"
 #include "server/Server.h"
+#include "support/Peer.h"
 #include "ui/TrayIcon.h"
 #include "ui/wizard/SetupWizard.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -12,7 +14,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace {
 
@@ -110,4 +112,32 @@ TEST_F(StatusWindowTest, MenusAnswerAltAndTheirLetters) {
     EXPECT_EQ(popup()->objectName(), "mnuFile");
     QTest::keyClick(popup(), Qt::Key_X);
     EXPECT_EQ(finished.count(), 1);
+}
+
+TEST_F(StatusWindowTest, KickFromAPlayersRowEndsItsConnectionAsALeave) {
+    Peer viper(server_->ports().players);
+    viper.send("VALIDR", "Viper");
+    Peer hawk(server_->ports().players);
+    hawk.send("VALIDR", "Hawk");
+    QTreeWidget* tree = child<QTreeWidget>("TreeView1");
+    ASSERT_TRUE(pumpUntil([&] { return tree->topLevelItemCount() == 2; }));
+    hawk.settle(50ms);
+
+    // A right click on Viper's row opens its menu, where K is "Kick".
+    const QPoint row = tree->visualItemRect(tree->topLevelItem(0)).center();
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, row);
+    QContextMenuEvent rightClick(QContextMenuEvent::Mouse, row, tree->viewport()->mapToGlobal(row));
+    QApplication::sendEvent(tree->viewport(), &rightClick);
+    QMenu* menu = window_.playerMenu();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return menu->isVisible(); }));
+    EXPECT_EQ(menu->objectName(), "mnuPlayer");
+    QTest::keyClick(menu, Qt::Key_K);
+
+    EXPECT_TRUE(viper.waitForDisconnect());
+    EXPECT_THAT(hawk.takeTexts(1), testing::ElementsAre("PLSDEL1"));
+    ASSERT_EQ(tree->topLevelItemCount(), 1);
+    EXPECT_EQ(tree->topLevelItem(0)->text(0), "Hawk ()");
+    EXPECT_EQ(server_->refusalCounts().value("players/kicked"), 1);
+    EXPECT_TRUE(hawk.isConnected());
+    EXPECT_EQ(ended_, 0);
 }
