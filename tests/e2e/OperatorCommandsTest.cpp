@@ -2,6 +2,7 @@
 // process on free ports (reached over its control channel) and against a directory with no
 // server at all.
 #include "server/Server.h"
+#include "support/CommandLineRun.h"
 #include "support/FakeInstallation.h"
 #include "support/Files.h"
 #include "support/Peer.h"
@@ -16,25 +17,6 @@ using ::testing::HasSubstr;
 
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string out, err;
-};
-
-// The executable with --dir and the words; the event loop runs meanwhile, so an in-process
-// server answers.
-Outcome tessark(const QString& dir, const QStringList& words) {
-    QProcess process; // the test's environment, WINEPREFIX included
-    process.setProgram(TESSARK_SERVER_EXE);
-    process.setArguments(QStringList{"--dir", dir} + words);
-    process.start();
-    pumpUntil([&] { return process.state() == QProcess::NotRunning; }, 30s);
-    // Windows writes its console lines with CR LF.
-    auto text = [](QByteArray bytes) { return bytes.replace("\r\n", "\n").toStdString(); };
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            text(process.readAllStandardOutput()), text(process.readAllStandardError())};
-}
-
 const char* const kEvening = "Evening\r\nCURSET@BMS\r\nCURTHE@Korea\r\n";
 
 TEST(OperatorCommands, StatusShowsThePlayersMarksSetupsGoThroughTheServerAndExitShutsDownAsTheMenuDoes) {
@@ -43,7 +25,7 @@ TEST(OperatorCommands, StatusShowsThePlayersMarksSetupsGoThroughTheServerAndExit
     Peer alpha(ts.playerPort());
     alpha.send("VALIDR", "Alpha");
     expectNext(alpha, {"PLSNEW|1@Alpha@@-"});
-    Outcome run = tessark(ts.dir(), {"status"});
+    CommandLineRun run = runCommandLine(ts.dir(), {"status"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_THAT(run.out, HasSubstr("Players: 1\n"));
     EXPECT_THAT(run.out, HasSubstr("not verified Alpha ()"));
@@ -53,60 +35,62 @@ TEST(OperatorCommands, StatusShowsThePlayersMarksSetupsGoThroughTheServerAndExit
 
     alpha.send("VERFOK", "");
     expectNext(alpha, {"PLSUPD|1@Alpha@@O"});
-    EXPECT_THAT(tessark(ts.dir(), {"status"}).out, HasSubstr("verified     Alpha ()"));
+    EXPECT_THAT(runCommandLine(ts.dir(), {"status"}).out, HasSubstr("verified     Alpha ()"));
     alpha.send("VERNOK", "");
     expectNext(alpha, {"PLSUPD|1@Alpha@@X"});
     Peer awacs(ts.awacsPort());
     awacs.send("NAWACS", "");
     expectNext(alpha, {"AWANUM|1"});
-    run = tessark(ts.dir(), {"status"});
+    run = runCommandLine(ts.dir(), {"status"});
     EXPECT_THAT(run.out, HasSubstr("failed       Alpha ()"));
     EXPECT_THAT(run.out, HasSubstr("AWACS clients: 1\n"));
     EXPECT_THAT(run.out, HasSubstr("AWACS client 1"));
 
-    run = tessark(ts.dir(), {"status", "now"});
+    run = runCommandLine(ts.dir(), {"status", "now"});
     EXPECT_EQ(run.status, 2);
     EXPECT_THAT(run.err, HasSubstr("Unknown command"));
 
     // Setups go through the running server, so players are offered what it says.
     QTemporaryDir elsewhere;
-    run = tessark(ts.dir(), {"setups", "import", writeFile(elsewhere.path() + "/evening.stp", kEvening)});
+    run = runCommandLine(ts.dir(),
+                         {"setups", "import", writeFile(elsewhere.path() + "/evening.stp", kEvening)});
     EXPECT_EQ(run.status, 0) << run.err;
     alpha.send("GETVLA", "");
     expectNext(alpha, {"PLSUPD|1@Alpha@@-", "SLRDIM|1", "SLSADD|1@Evening", "SLDONE|"});
-    EXPECT_THAT(tessark(ts.dir(), {"setups", "list"}).out, HasSubstr("Evening"));
+    EXPECT_THAT(runCommandLine(ts.dir(), {"setups", "list"}).out, HasSubstr("Evening"));
 
     const std::string ini = ts.readFile("tessark.ini");
-    run = tessark(ts.dir(), {"setups", "remove", "2"});
+    run = runCommandLine(ts.dir(), {"setups", "remove", "2"});
     EXPECT_EQ(run.status, 2);
     EXPECT_FALSE(run.err.empty());
     EXPECT_EQ(ts.readFile("tessark.ini"), ini);
 
-    EXPECT_EQ(tessark(ts.dir(), {"setups", "remove", "1"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"setups", "remove", "1"}).status, 0);
     alpha.send("GETVLA", "");
     expectNext(alpha, {"PLSUPD|1@Alpha@@-", "SLRDIM|0", "SLDONE|"});
 
     // Exit ends the server as the menu does; nobody listens in the directory any more.
-    run = tessark(ts.dir(), {"exit"});
+    run = runCommandLine(ts.dir(), {"exit"});
     EXPECT_EQ(run.status, 0) << run.err;
     ASSERT_TRUE(pumpUntil([&] { return finished.count() == 1; }));
     EXPECT_TRUE(alpha.waitFor(1));
     EXPECT_EQ(alpha.inbox().back().text(), "DISCON");
-    EXPECT_EQ(tessark(ts.dir(), {"status"}).status, 3);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"status"}).status, 3);
 }
 
 TEST(OperatorCommands, WithNoServerStatusSaysSoAndSetupsWorkOnTheDirectory) {
     QTemporaryDir dir;
     const QString programDir = dir.path() + "/";
-    Outcome run = tessark(programDir, {"status"});
+    CommandLineRun run = runCommandLine(programDir, {"status"});
     EXPECT_EQ(run.status, 3);
     EXPECT_THAT(run.err, HasSubstr("No Tessark Server is running"));
-    EXPECT_EQ(tessark(programDir, {"exit"}).status, 3);
+    EXPECT_EQ(runCommandLine(programDir, {"exit"}).status, 3);
 
-    run = tessark(programDir, {"setups", "import", writeFile(programDir + "evening-copy.stp", kEvening)});
+    run = runCommandLine(programDir,
+                         {"setups", "import", writeFile(programDir + "evening-copy.stp", kEvening)});
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_THAT(tessark(programDir, {"setups", "list"}).out, HasSubstr("Evening"));
-    EXPECT_EQ(tessark(programDir, {"setups", "frobnicate"}).status, 2);
+    EXPECT_THAT(runCommandLine(programDir, {"setups", "list"}).out, HasSubstr("Evening"));
+    EXPECT_EQ(runCommandLine(programDir, {"setups", "frobnicate"}).status, 2);
 }
 
 #ifndef Q_OS_WIN
@@ -118,32 +102,32 @@ TEST(OperatorCommands, CreateAndVerifyCheckThisMachinesInstallationWithAndWithou
     falcon.install("Data/a.dat", "123456789");
 
     TestServer ts{kIniLogOff};
-    Outcome run = tessark(
+    CommandLineRun run = runCommandLine(
         ts.dir(), {"setups", "create", "--name", "Evening", "--file", "data/a.dat", "--config", "g_bFoo"});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(ts.readFile("Evening.stp"),
               "Evening\r\nCURSET@COB\r\nCURTHE@Korea KTO\r\nCHKSUM@Data\\a.dat@-873187034\r\n"
               "CONFIG@g_bFoo@1\r\n");
-    EXPECT_EQ(tessark(ts.dir(), {"setups", "verify", "1"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"setups", "verify", "1"}).status, 0);
     // The players are offered it at once.
     Peer alpha(ts.playerPort());
     alpha.send("GETVLA", "");
     expectNext(alpha, {"SLRDIM|1", "SLSADD|1@Evening", "SLDONE|"});
 
     falcon.install("Data/a.dat", "changed");
-    run = tessark(ts.dir(), {"setups", "verify", "1"});
+    run = runCommandLine(ts.dir(), {"setups", "verify", "1"});
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.out, HasSubstr("The Data\\a.dat file is differrent or absent"));
-    run = tessark(ts.dir(), {"setups", "create", "--name", "Evening", "--config", "g_bNone"});
+    run = runCommandLine(ts.dir(), {"setups", "create", "--name", "Evening", "--config", "g_bNone"});
     EXPECT_EQ(run.status, 2);
     EXPECT_THAT(run.err, HasSubstr("g_bNone"));
 
     // The same directory with its server gone: the commands work on the files themselves.
     ts.server().exit();
-    EXPECT_EQ(tessark(ts.dir(), {"status"}).status, 3);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"status"}).status, 3);
     falcon.install("Data/a.dat", "123456789");
-    EXPECT_EQ(tessark(ts.dir(), {"setups", "verify", "1"}).status, 0);
-    EXPECT_EQ(tessark(ts.dir(), {"setups", "verify", "2"}).status, 2);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"setups", "verify", "1"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"setups", "verify", "2"}).status, 2);
 }
 #endif
 

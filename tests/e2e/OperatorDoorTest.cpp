@@ -3,6 +3,7 @@
 // lists of the settings file taking effect on reload.
 #include "HostilePeers.h"
 #include "server/AccessControl.h"
+#include "support/CommandLineRun.h"
 #include "support/Files.h"
 #include "support/TestServer.h"
 
@@ -14,22 +15,6 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 namespace {
-
-struct Outcome {
-    int status = -1;
-    std::string out, err;
-};
-
-Outcome tessark(const QString& dir, const QStringList& words) {
-    QProcess process;
-    process.setProgram(TESSARK_SERVER_EXE);
-    process.setArguments(QStringList{"--dir", dir} + words);
-    process.start();
-    pumpUntil([&] { return process.state() == QProcess::NotRunning; }, 30s);
-    auto text = [](QByteArray bytes) { return bytes.replace("\r\n", "\n").toStdString(); };
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            text(process.readAllStandardOutput()), text(process.readAllStandardError())};
-}
 
 // Connects and reports whether the server closed the connection at once.
 bool turnedAway(quint16 port) {
@@ -56,33 +41,33 @@ TEST(OperatorDoor, KickBanUnbanAndBansFromTheCommandLine) {
     awacs->settle(50ms);
 
     // A kick is a leave: the others hear what a close would have told them.
-    Outcome run = tessark(ts.dir(), {"kick", "player", "1"});
+    CommandLineRun run = runCommandLine(ts.dir(), {"kick", "player", "1"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_THAT(run.out, HasSubstr("Kicked player connection 1 (127.0.0.1:"));
     EXPECT_TRUE(alpha->waitForDisconnect());
     EXPECT_THAT(watcher->takeTexts(1), testing::ElementsAre("PLSDEL1"));
     EXPECT_THAT(awacs->takeTexts(1), testing::ElementsAre("DELCLT1"));
-    EXPECT_EQ(tessark(ts.dir(), {"kick", "player", "1"}).status, 1);
-    EXPECT_EQ(tessark(ts.dir(), {"kick", "player"}).status, 2);
-    EXPECT_EQ(tessark(ts.dir(), {"kick", "awacs", "1"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"kick", "player", "1"}).status, 1);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"kick", "player"}).status, 2);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"kick", "awacs", "1"}).status, 0);
     EXPECT_TRUE(awacs->waitForDisconnect());
     EXPECT_THAT(watcher->takeTexts(1), testing::ElementsAre("AWANUM0"));
     EXPECT_FALSE(ts.server().playerChannel().taken(1));
 
     // A ban ends the address's connections and refuses it on every port from then on.
-    run = tessark(ts.dir(), {"ban", "127.0.0.1", "--for", "1h", "--why", "testing the door"});
+    run = runCommandLine(ts.dir(), {"ban", "127.0.0.1", "--for", "1h", "--why", "testing the door"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_THAT(run.out, HasSubstr("Banned 127.0.0.1 until "));
     EXPECT_THAT(run.out, HasSubstr("1 connection(s) ended"));
     EXPECT_TRUE(watcher->waitForDisconnect());
     for (quint16 port : {ts.playerPort(), ts.awacsPort(), ts.simPort(), ts.aiSpyPort()})
         EXPECT_TRUE(turnedAway(port)) << port;
-    run = tessark(ts.dir(), {"bans"});
+    run = runCommandLine(ts.dir(), {"bans"});
     EXPECT_THAT(run.out, HasSubstr("127.0.0.1"));
     EXPECT_THAT(run.out, HasSubstr("left)  testing the door"));
     EXPECT_THAT(ts.readFile("tessark-server.bans"), HasSubstr("\n127.0.0.1 until "));
-    EXPECT_EQ(tessark(ts.dir(), {"ban", "127.0.0.1/33"}).status, 2);
-    EXPECT_EQ(tessark(ts.dir(), {"ban", "127.0.0.1", "--for", "forever"}).status, 2);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"ban", "127.0.0.1/33"}).status, 2);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"ban", "127.0.0.1", "--for", "forever"}).status, 2);
     const QMap<QString, qint64> counts = ts.server().refusalCounts();
     EXPECT_EQ(counts.value("players/kicked"), 2); // ALPHA, then WATCHER through the ban
     EXPECT_EQ(counts.value("awacs/kicked"), 1);
@@ -97,10 +82,10 @@ TEST(OperatorDoor, KickBanUnbanAndBansFromTheCommandLine) {
         EXPECT_TRUE(turnedAway(next.playerPort()));
     }
 
-    EXPECT_EQ(tessark(ts.dir(), {"unban", "127.0.0.1"}).status, 0);
-    EXPECT_EQ(tessark(ts.dir(), {"unban", "127.0.0.1"}).status, 1);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"unban", "127.0.0.1"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"unban", "127.0.0.1"}).status, 1);
     EXPECT_FALSE(turnedAway(ts.playerPort()));
-    EXPECT_EQ(tessark(ts.dir(), {"bans"}).out, "No bans.\n");
+    EXPECT_EQ(runCommandLine(ts.dir(), {"bans"}).out, "No bans.\n");
     EXPECT_EQ(ts.endsOfProgram(), 0);
 }
 
@@ -110,22 +95,22 @@ TEST(OperatorDoor, AllowListsAndAHandEditedBanFileTakeEffectOnReload) {
 
     // The AWACS port kept to a network this machine is not on; players still come.
     ts.writeFile("tessark-server.conf", std::string(kSettings) + "allow-awacs = 10.8.0.0/24, 192.0.2.7\n");
-    EXPECT_EQ(tessark(ts.dir(), {"reload"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"reload"}).status, 0);
     EXPECT_TRUE(turnedAway(ts.awacsPort()));
     EXPECT_FALSE(turnedAway(ts.playerPort()));
     EXPECT_EQ(ts.server().refusalCounts().value("awacs/not-allowed"), 1);
     ts.writeFile("tessark-server.conf", std::string(kSettings) + "allow-awacs = 10.8.0.0/24 127.0.0.0/8\n");
-    EXPECT_EQ(tessark(ts.dir(), {"reload"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"reload"}).status, 0);
     EXPECT_FALSE(turnedAway(ts.awacsPort()));
 
     // A damaged ban file: the lines that read still hold, the rest is passed over.
     ts.writeFile("tessark-server.bans",
                  "garbage\n\x01\x02\xff\n127.0.0.0/8 forever\n10.1.2.3 until yesterday\n" +
                      std::string(5000, 'x') + "\n");
-    EXPECT_EQ(tessark(ts.dir(), {"reload"}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"reload"}).status, 0);
     EXPECT_TRUE(turnedAway(ts.simPort()));
-    EXPECT_THAT(tessark(ts.dir(), {"bans"}).out, StartsWith("127.0.0.0/8"));
-    EXPECT_EQ(tessark(ts.dir(), {"unban", "127.0.0.0/8"}).status, 0);
+    EXPECT_THAT(runCommandLine(ts.dir(), {"bans"}).out, StartsWith("127.0.0.0/8"));
+    EXPECT_EQ(runCommandLine(ts.dir(), {"unban", "127.0.0.0/8"}).status, 0);
     EXPECT_FALSE(turnedAway(ts.simPort()));
     // What the server writes back is the bans alone.
     EXPECT_THAT(ts.readFile("tessark-server.bans"), testing::Not(HasSubstr("garbage")));
@@ -139,11 +124,11 @@ TEST(OperatorDoor, ABanFileThatIsALinkIsNotWrittenThrough) {
     const QString target = ts.path("elsewhere.txt");
     writeFile(target, "precious\n");
     ASSERT_TRUE(QFile::link(target, ts.path("tessark-server.bans")));
-    const Outcome run = tessark(ts.dir(), {"ban", "192.0.2.0/24"});
+    const CommandLineRun run = runCommandLine(ts.dir(), {"ban", "192.0.2.0/24"});
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.err, HasSubstr("could not be written"));
     EXPECT_EQ(readFile(target).toStdString(), "precious\n");
-    EXPECT_THAT(tessark(ts.dir(), {"bans"}).out, HasSubstr("192.0.2.0/24")); // it holds all the same
+    EXPECT_THAT(runCommandLine(ts.dir(), {"bans"}).out, HasSubstr("192.0.2.0/24")); // it holds all the same
 }
 #endif
 
