@@ -379,7 +379,9 @@ void SocketElement::finishHandOver(std::span<const std::string_view> pieces, siz
     outboxSize_ = 0;
     if (own_.capacity() > kOwnKeptCapacity) std::string().swap(own_); // after a burst
     if (pieces_.capacity() > kPiecesKeptCapacity) std::vector<Piece>().swap(pieces_);
-    noticeDrain();
+    // Every connection passes here once per event it was sent to: the common case, nothing
+    // held, must cost no call.
+    if (held_) noticeDrain();
 }
 
 void SocketElement::close() {
