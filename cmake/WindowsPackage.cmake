@@ -33,6 +33,8 @@ set(CPACK_PACKAGE_EXECUTABLES tessark-server "Tessark Server") # the Start menu 
 set(CPACK_NSIS_INSTALL_ROOT "$LOCALAPPDATA\\\\Programs")
 set(CPACK_NSIS_EXECUTABLES_DIRECTORY .)
 set(CPACK_NSIS_DISPLAY_NAME "Tessark Server")
+# The licence page shows the project's own licence, not CPack's placeholder.
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_NSIS_PACKAGE_NAME "Tessark Server ${PROJECT_VERSION}")
 set(CPACK_NSIS_MUI_ICON ${CMAKE_CURRENT_LIST_DIR}/windows/tessark-server.ico)
 set(CPACK_NSIS_MUI_UNIICON ${CMAKE_CURRENT_LIST_DIR}/windows/tessark-server.ico)
