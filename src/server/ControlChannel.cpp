@@ -137,8 +137,12 @@ ControlAnswer ControlChannel::answer(const QStringList& words, const QByteArray&
                 ? statusText(snapshot)
                 : QString::fromUtf8(QJsonDocument(statusJson(snapshot)).toJson(QJsonDocument::Indented));
     } else if (command == "reload" && words.size() == 1) {
-        server_.reload("the reload command");
+        const QStringList errors = server_.reload("the reload command");
         reply.out = QString("Reloaded: %1 setups listed.\n").arg(server_.setups().list().ubound());
+        if (!errors.isEmpty()) {
+            reply.status = 1;
+            reply.err = "The settings did not read, the running ones stay:\n" + errors.join('\n') + "\n";
+        }
     } else if (command == "exit" && words.size() == 1) {
         reply.out = "Tessark Server is shutting down.\n";
     } else if (command == "setups") {

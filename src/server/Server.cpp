@@ -137,7 +137,8 @@ void Server::start() {
     qCInfo(lcRun, "ready");
 }
 
-void Server::reload(const QString& why) {
+QStringList Server::reload(const QString& why) {
+    QStringList errors;
     // A log file moved away (logrotate) is reopened first, so that this reload is told in the new one.
     operator_log::reopenFile();
     qCInfo(lcRun, "reloading (%s)", qUtf8Printable(why));
@@ -149,6 +150,7 @@ void Server::reload(const QString& why) {
             for (const QString& error : reading.errors)
                 qCCritical(lcRun, "%s", qUtf8Printable(error));
             qCWarning(lcRun, "the settings were not changed");
+            errors = reading.errors;
         } else {
             for (const QString& kept : settingsNeedingRestart(settings_, reading.settings))
                 qCWarning(lcRun, "changed %s", qUtf8Printable(kept));
@@ -164,6 +166,7 @@ void Server::reload(const QString& why) {
     // takes effect here.
     access_->apply();
     setups_->reload();
+    return errors;
 }
 
 void Server::sendKeepAlive() {

@@ -57,7 +57,8 @@ class Server : public QObject {
     // SIGHUP or the reload command: the log file reopened, the settings file and the setup
     // catalogue read again. Settings that do not read keep the running ones (the errors are
     // told); the listeners keep their addresses until the next start.
-    void reload(const QString& why);
+    // Returns the settings file's errors, if it did not read.
+    QStringList reload(const QString& why);
     // Every 10 seconds: "SYNCRO" to every listed player, AWACS client and simulator, and the AI Spy.
     void sendKeepAlive();
     // Close request: from the window's close box it only hides (returns false); any other

@@ -78,9 +78,12 @@ QJsonObject statusJson(const StatusSnapshot& s) {
     QJsonArray setupProblems;
     for (const StatusSnapshot::SetupProblem& p : s.setupProblems)
         setupProblems.append(QJsonObject{{"number", p.number}, {"file", p.file}, {"problem", p.problem}});
-    QJsonObject refused;
-    for (auto it = s.connectionsRefused.cbegin(); it != s.connectionsRefused.cend(); ++it)
-        refused.insert(it.key(), it.value());
+    auto counts = [](const QMap<QString, qint64>& map) {
+        QJsonObject json;
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            json.insert(it.key(), it.value());
+        return json;
+    };
     QJsonObject errors;
     for (const auto& [routine, count] : s.runtimeErrors)
         errors.insert("TskSrvForm1::" + QString::fromStdString(routine), count);
@@ -100,7 +103,8 @@ QJsonObject statusJson(const StatusSnapshot& s) {
         {"setups", QJsonObject{{"listed", s.setupsListed}, {"problems", setupProblems}}},
         {"counters", QJsonObject{{"messagesRelayed", s.messagesRelayed},
                                  {"bytesSent", s.bytesSent},
-                                 {"connectionsRefused", refused},
+                                 {"connectionsRefused", counts(s.connectionsRefused)},
+                                 {"connectionsLetGo", counts(s.connectionsLetGo)},
                                  {"runtimeErrors", errors},
                                  {"uptime", s.uptimeSeconds}}},
     };

@@ -9,8 +9,8 @@
 //   awacs {count, slots [..]}, sims {count, simulators [{name, slot, places, airplanes}]},
 //   aiSpy {connected}, connections [{kind, slot, address, connected, queued, dropped, held}],
 //   setups {listed, problems [{number, file, problem}]},
-//   counters {messagesRelayed, bytesSent, connectionsRefused {reason: n},
-//             runtimeErrors {routine: n}, uptime}
+//   counters {messagesRelayed, bytesSent, connectionsRefused {"port/reason": n},
+//             connectionsLetGo {"port/idle" or "port/kicked": n}, runtimeErrors {routine: n}, uptime}
 // Times are seconds; "started" is ISO 8601 local time; names are as the peers sent them.
 #include "server/StatusSnapshot.h"
 

@@ -94,7 +94,12 @@ StatusSnapshot takeStatusSnapshot(Server& server) {
             s.setupProblems.push_back({i, text::printable(setups[i].filePath, 4096), setups[i].problem});
     s.messagesRelayed = server.awacs().reportsRelayed();
     s.bytesSent = SocketElement::bytesHandedOver();
-    s.connectionsRefused = server.refusalCounts();
+    const QMap<QString, qint64> refusals = server.refusalCounts();
+    for (auto it = refusals.cbegin(); it != refusals.cend(); ++it) {
+        const QString reason = it.key().section('/', 1);
+        (reason == "idle" || reason == "kicked" ? s.connectionsLetGo : s.connectionsRefused)
+            .insert(it.key(), it.value());
+    }
     s.runtimeErrors = server.errorLog().countsByRoutine();
     return s;
 }

@@ -60,9 +60,10 @@ struct StatusSnapshot {
         QString problem; // "not found", "cannot be read", ...
     };
     std::vector<SetupProblem> setupProblems;
-    qint64 messagesRelayed = 0;                                // reports relayed to the AWACS clients
-    qint64 bytesSent = 0;                                      // handed to connections, all ports
-    QMap<QString, qint64> connectionsRefused;                  // by reason
+    qint64 messagesRelayed = 0;               // reports relayed to the AWACS clients
+    qint64 bytesSent = 0;                     // handed to connections, all ports
+    QMap<QString, qint64> connectionsRefused; // at accept, by port and reason ("awacs/banned")
+    QMap<QString, qint64> connectionsLetGo;   // ended by the server, by port and reason: idle, kicked
     std::vector<std::pair<std::string, qint64>> runtimeErrors; // by routine
 };
 

@@ -230,8 +230,17 @@ TEST(OperatorLog, ALogFileIsCappedRotatedAndReopenedAndDebugTellsWhatWasSkipped)
     // logrotate moves the file away and sends SIGHUP: the log goes on in a new file.
     QFile::rename(server.file("server.log"), server.file("server.log.moved"));
     ::kill(static_cast<pid_t>(process.processId()), SIGHUP);
-    EXPECT_TRUE(
-        pumpUntil([&] { return readFile(server.file("server.log")).contains("run: reloading (SIGHUP)"); }));
+    EXPECT_TRUE(pumpUntil([&] {
+        const QString text = readFile(server.file("server.log"));
+        return text.contains("run: reloading (SIGHUP)") && text.contains("setups: setup catalogue:");
+    }));
+    // A reload that meets a mistake keeps the running settings and says so to whoever asked.
+    writeFile(server.file("ops.conf"), "[log]\nfile = server.log\nlevel = loud\n");
+    int status = 0;
+    command(server, {"reload"}, &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(pumpUntil(
+        [&] { return readFile(server.file("server.log")).contains("the settings were not changed"); }));
     terminate(process);
     ASSERT_TRUE(hasEnded(process));
     EXPECT_EQ(process.exitCode(), 0);
