@@ -18,7 +18,8 @@ const std::vector<CommandHelpRow> kRows{
     {"reload", "",
      "What SIGHUP does: the log file is reopened, the settings file and the setup catalogue are read "
      "again. Settings that do not read keep the running ones (the operator's log says why); listen "
-     "addresses change at the next start.\nExit status: 0; 3 when no server runs in the program directory."},
+     "addresses change at the next start.\nExit status: 0; 1 when the settings did not read (the running "
+     "ones stay); 3 when no server runs in the program directory."},
     {"kick", "player|awacs|sim SLOT | ai-spy | ADDRESS[/PREFIX]",
      "Ends a peer's connection as if it had left: the others are told as after a close, and its "
      "slot is free again. SLOT is the connection's number as status lists it; an address or a "
@@ -46,21 +47,28 @@ const std::vector<CommandHelpRow> kRows{
      "The setups by number, name and file; a setup whose file is missing or unreadable is marked.\n"
      "  --json   the same as one JSON document (schema \"tessark-setups\", version 1).\n"
      "Exit status: 0."},
-    {"setups create", "--name NAME [--file PATH]... [--no-sim-folder] [--config ENTRY]...",
+    {"setups create",
+     "--name NAME [--file PATH]... [--no-sim-folder] [--config ENTRY]... [--installation DIR [--theater "
+     "NAME]]",
      "A setup from this machine's installation, as the Add Setup wizard makes it.\n"
      "  --name NAME      the setup's name: its first line and its file name\n"
      "  --file PATH      a file of the installation to check (relative to it, or a full path inside it)\n"
      "  --no-sim-folder  players must not have a \"Sim\" folder\n"
      "  --config ENTRY   a \"set\" entry of the installation's configuration file to check\n"
+     "  --installation DIR  a folder holding the simulator's files (with its cobra.cfg, FalconBMS.cfg\n"
+     "                      or FalconSP.cfg), for a host without the simulator; by default this\n"
+     "                      machine's installation\n"
+     "  --theater NAME      the current theater to record with --installation\n"
      "Exit status: 0 written; 1 when a file could not be read or written; 2 for a usage mistake."},
     {"setups import", "FILE",
      "Copies a setup file made elsewhere beside the program, under its name line, and lists it.\n"
      "Exit status: 0; 1 when it could not be written; 2 for a usage mistake."},
     {"setups remove", "N",
      "Takes setup N out of the list; its file stays on disk.\nExit status: 0; 2 for a usage mistake."},
-    {"setups verify", "N",
-     "Checks this machine's installation against setup N and prints, per failed line, the sentence a "
-     "player would get.\nExit status: 0 all lines match; 1 a line fails; 2 for a usage mistake."},
+    {"setups verify", "N [--installation DIR [--theater NAME]]",
+     "Checks this machine's installation (or the folder --installation names, with --theater its "
+     "current theater) against setup N and prints, per failed line, the sentence a player would get.\n"
+     "Exit status: 0 all lines match; 1 a line fails, or there is no installation; 2 for a usage mistake."},
 };
 
 // Running text wrapped for a terminal; lines that start with blanks (options) stay as written.

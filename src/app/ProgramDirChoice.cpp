@@ -24,11 +24,11 @@ ProgramDirChoice refused(const QString& dir, const char* why) {
 
 } // namespace
 
-ProgramDirChoice chooseProgramDir(const QString& requested, const QString& executableDir) {
+ProgramDirChoice chooseProgramDir(const QString& requested, const QString& executableDir, bool make) {
     if (!requested.isEmpty()) {
         const QFileInfo info(requested);
         const QString path = info.absoluteFilePath();
-        if (!info.exists()) return refused(path, "does not exist");
+        if (!info.exists()) return refused(path, "does not exist, or this user may not reach it");
         if (!info.isDir()) return refused(path, "is not a directory");
         if (!info.isWritable()) return refused(path, "cannot be written");
         return {programDirWithSeparator(QDir::cleanPath(path)), {}};
@@ -36,6 +36,6 @@ ProgramDirChoice chooseProgramDir(const QString& requested, const QString& execu
     if (QFileInfo(executableDir).isWritable() && !isUnderUsr(executableDir))
         return {programDirWithSeparator(executableDir), {}};
     const QString data = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-    if (data.isEmpty() || !QDir().mkpath(data)) return refused(data, "cannot be made");
+    if (data.isEmpty() || (make && !QDir().mkpath(data))) return refused(data, "cannot be made");
     return {programDirWithSeparator(data), {}};
 }

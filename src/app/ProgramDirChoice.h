@@ -12,4 +12,6 @@ struct ProgramDirChoice {
 // user may not write there (an installed program), or it lies under /usr (whose programs never
 // write beside themselves, even as root), it is the user's data directory,
 // QStandardPaths::AppDataLocation (~/.local/share/tessark-server), made when missing.
-ProgramDirChoice chooseProgramDir(const QString& requested, const QString& executableDir);
+// An operator's command (make false) only looks: a data directory that is not there yet is named,
+// not made, since no server can have run in it.
+ProgramDirChoice chooseProgramDir(const QString& requested, const QString& executableDir, bool make = true);

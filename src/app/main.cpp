@@ -77,8 +77,8 @@ int main(int argc, char* argv[]) {
     // and a program directory that cannot be used ends the program before it listens.
     const CommandLine commandLine = readCommandLine(QCoreApplication::arguments());
     if (commandLine.exitStatus) return *commandLine.exitStatus;
-    const ProgramDirChoice programDir =
-        chooseProgramDir(commandLine.programDir, QCoreApplication::applicationDirPath());
+    const ProgramDirChoice programDir = chooseProgramDir(
+        commandLine.programDir, QCoreApplication::applicationDirPath(), commandLine.command.isEmpty());
     if (programDir.dir.isEmpty()) {
         tellUser(QString("%1: %2").arg(kExecutableName, programDir.error), stderr);
         return 1;

@@ -86,10 +86,15 @@ void SetupCatalogue::loadFiles() {
             ++loaded;
             continue;
         }
-        setup.problem = failure && failure->number == kFileTooLarge ? "too large" : "cannot be read";
+        const bool tooLarge = failure && failure->number == kFileTooLarge;
+        setup.problem = tooLarge ? "too large" : "cannot be read";
+        // The file is there (it was looked for above): one that does not open is one the server's
+        // user may not read, whatever the classic error's words.
+        const QString why = tooLarge ? text::printable(failure->description(), 400)
+                                     : QString("the server's user may not read it");
         qCWarning(lcSetups, "setup %d: %s %s; players are offered it with an empty name (%s)", i,
                   qUtf8Printable(text::printable(setup.filePath, 260)), qUtf8Printable(setup.problem),
-                  qUtf8Printable(text::printable(failure ? failure->description() : std::string(), 400)));
+                  qUtf8Printable(why));
     }
     qCInfo(lcSetups, "setup catalogue: %d listed in %s, %d loaded", static_cast<int>(setups_.ubound()),
            qUtf8Printable(iniFile_), loaded);

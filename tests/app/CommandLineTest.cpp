@@ -76,7 +76,9 @@ TEST(CommandLine, AnswersHelpAndVersionAndRefusesWhatItDoesNotKnowWithoutStartin
         {{"--frobnicate"}, 2, "Unknown option 'frobnicate'."},
         {{"frobnicate"}, 2, "Unknown command 'frobnicate'."},
         {{"--dir"}, 2, "Missing value after '--dir'."},
-        {{"--dir", missing}, 1, QDir::toNativeSeparators(missing).toStdString() + " does not exist."},
+        {{"--dir", missing},
+         1,
+         QDir::toNativeSeparators(missing).toStdString() + " does not exist, or this user may not reach it."},
         {{"--dir", aFile}, 1, QDir::toNativeSeparators(aFile).toStdString() + " is not a directory."},
     };
     for (const Mistake& mistake : mistakes) {

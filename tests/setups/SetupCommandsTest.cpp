@@ -121,6 +121,12 @@ TEST_F(SetupCommandsTest, ImportCopiesUnderTheNameLineAndRemoveKeepsTheFile) {
     EXPECT_EQ(readFile(path("Evening.stp")), made);
     EXPECT_EQ(run({"list"}).out, "No setups are listed.\n");
     EXPECT_TRUE(display_.messageBoxes.isEmpty());
+
+    // A listed setup whose file is gone has no name to show, and no file that stays.
+    catalogue({"gone.stp"});
+    o = run({"remove", "1"});
+    EXPECT_EQ(o.status, 0);
+    EXPECT_EQ(o.out, "Removed setup 1: (its file not found)\n");
 }
 
 TEST_F(SetupCommandsTest, ArgumentsThatCannotRunChangeNothing) {

@@ -89,8 +89,12 @@ int removeSetupCommand(const QStringList& arguments, SetupCatalogue& catalogue, 
     removeSetup(catalogue, n);
     qCInfo(lcSetups, "setup %d \"%s\" removed by a command; its file stays", n,
            qUtf8Printable(text::printable(removed.name)));
-    out << "Removed setup " << n << ": " << text::printable(removed.name) << "\n"
-        << "Its file stays on disk: " << text::printable(removed.filePath, 4096) << "\n";
+    // A setup whose file gave nothing has no name to show; what was wrong is said instead.
+    out << "Removed setup " << n << ": "
+        << (removed.problem.isEmpty() ? text::printable(removed.name) : "(its file " + removed.problem + ")")
+        << "\n";
+    if (removed.problem != "not found")
+        out << "Its file stays on disk: " << text::printable(removed.filePath, 4096) << "\n";
     return 0;
 }
 

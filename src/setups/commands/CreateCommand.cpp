@@ -43,14 +43,14 @@ std::string fileInsideInstallation(const QString& given, const std::string& base
     if (result.outsideInstallation)
         throw UsageError{"--file " + given +
                          ": Your selection must be inside current Falcon 4 installation (" +
-                         text::display(baseDir) + ")"};
+                         shownPath(baseDir) + ")"};
     return result.relativePaths.front();
 }
 
 // The configuration entries, each --config ticking the first entry of its name, as editing a
 // setup ticks them.
 void tickEntries(WizardState& state, const QStringList& entries) {
-    const QString configFile = text::display(state.falcon.configFile);
+    const QString configFile = shownPath(state.falcon.configFile);
     try {
         state.configOptions = readConfigOptions(localFilePath(state.falcon.configFile));
     } catch (const RuntimeError&) {

@@ -70,6 +70,11 @@ FalconInstallation chosenInstallation(const QCommandLineParser& parser) {
     return falcon;
 }
 
+QString shownPath(const std::string& windowsPath) {
+    const bool drivePath = windowsPath.size() >= 2 && windowsPath[1] == ':';
+    return drivePath ? text::display(windowsPath) : localFilePath(windowsPath);
+}
+
 int passOn(const CatalogueAnswer& answer, QTextStream& out, QTextStream& err) {
     out << answer.out;
     err << answer.err;

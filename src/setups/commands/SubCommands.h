@@ -44,6 +44,10 @@ void addInstallationOptions(QCommandLineParser& parser);
 // is none.
 FalconInstallation chosenInstallation(const QCommandLineParser& parser);
 
+// An installation's path as the operator knows it: "C:\Falcon4\" as the registry names it, a
+// folder named with --installation as the local file system does.
+QString shownPath(const std::string& windowsPath);
+
 // A catalogue request's answer passed on: its output to out, its error line to err.
 int passOn(const CatalogueAnswer& answer, QTextStream& out, QTextStream& err);
 

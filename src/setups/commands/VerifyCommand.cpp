@@ -30,7 +30,7 @@ int verifySetup(const QStringList& arguments, CatalogueAccess& catalogue, QTextS
     out << "Setup " << setup["number"].toInt() << ": "
         << text::printable(setup["name"].toString().toStdString()) << " (" << setup["file"].toString()
         << ")\n"
-        << "Installation: " << text::display(falcon.baseDir) << " (" << text::display(falcon.flavour)
+        << "Installation: " << shownPath(falcon.baseDir) << " (" << text::display(falcon.flavour)
         << ", theater " << text::display(falcon.theater) << ")\n";
 
     const QJsonArray lines = setup["lines"].toArray();
