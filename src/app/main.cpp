@@ -113,9 +113,7 @@ int main(int argc, char* argv[]) {
                                                : programDir.dir + kSettingsFileName;
     const SettingsReading settings = readServerSettings(settingsPath, settingsNamed, programDir.dir);
     operator_log::install(logOptions(settings.settings, programDir.dir));
-    if (!operator_log::fileError().isEmpty())
-        qCWarning(lcRun, "the log file %s cannot be written (%s): the log goes to standard error only",
-                  qUtf8Printable(settings.settings.log.file), qUtf8Printable(operator_log::fileError()));
+    operator_log::tellFileError();
     for (const QString& warning : settings.warnings)
         qCWarning(lcRun, "%s", qUtf8Printable(warning));
     if (!settings.ok()) {

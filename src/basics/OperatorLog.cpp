@@ -227,16 +227,18 @@ void reopenFile() {
     openFile(s);
 }
 
-QString filePath() {
-    Sink& s = sink();
-    QMutexLocker lock(&s.mutex);
-    return s.file.isOpen() ? s.options.file : QString();
-}
-
-QString fileError() {
-    Sink& s = sink();
-    QMutexLocker lock(&s.mutex);
-    return s.fileError;
+void tellFileError() {
+    QString file;
+    QString error;
+    {
+        Sink& s = sink();
+        QMutexLocker lock(&s.mutex);
+        file = s.options.file;
+        error = s.fileError;
+    }
+    if (!error.isEmpty())
+        qCWarning(lcRun, "the log file %s cannot be written (%s): the log goes to standard error only",
+                  qUtf8Printable(file), qUtf8Printable(error));
 }
 
 QString formatLine(QtMsgType type, const char* category, const QString& text) {

@@ -41,10 +41,9 @@ void install(const OperatorLogOptions& options);
 void apply(const OperatorLogOptions& options);
 // Closes and opens the file again under its name, after logrotate moved it away.
 void reopenFile();
-// Where lines go besides standard error ("" for none).
-QString filePath();
-// Why the file could not be opened, if it could not (then lines go to standard error only).
-QString fileError();
+// Says on the log why the file could not be opened, if it could not (then lines go to standard
+// error only): at start, and after a reload.
+void tellFileError();
 
 // A line as the file gets it, for tests: "<time> <level> <category>: <text>".
 QString formatLine(QtMsgType type, const char* category, const QString& text);

@@ -18,6 +18,10 @@ RepeatSummary::RepeatSummary(const QLoggingCategory& (*category)(), QObject* par
     connect(&second_, &QTimer::timeout, this, &RepeatSummary::flush);
 }
 
+RepeatSummary::~RepeatSummary() {
+    flush();
+}
+
 void RepeatSummary::note(const QString& kind, const QString& line) {
     auto found = kinds_.find(kind);
     if (found == kinds_.end()) {

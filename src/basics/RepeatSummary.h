@@ -12,6 +12,8 @@
 class RepeatSummary : public QObject {
   public:
     explicit RepeatSummary(const QLoggingCategory& (*category)(), QObject* parent = nullptr);
+    // What was counted in the last second is told, not lost, when the server stops.
+    ~RepeatSummary() override;
 
     // One event of a kind ("player connections from 203.0.113.9"): logged as `line` while the
     // kind is under its few lines a second, else counted.

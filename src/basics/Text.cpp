@@ -1,9 +1,6 @@
 #include "basics/Text.h"
 
-#include "basics/CappedRead.h"
 #include "basics/RuntimeError.h"
-
-#include <QFile>
 
 #include <algorithm>
 #include <cctype>
@@ -139,15 +136,6 @@ std::vector<std::string> splitLines(std::string_view bytes) {
     for (std::string_view line; cursor.next(line);)
         lines.emplace_back(line);
     return lines;
-}
-
-std::optional<std::vector<std::string>> fileLines(const QString& path, qint64 maxBytes) {
-    try {
-        const QByteArray all = readCapped(path, maxBytes, "the cap");
-        return splitLines(bytesView(all));
-    } catch (const RuntimeError&) {
-        return std::nullopt;
-    }
 }
 
 std::string upper(std::string s) {

@@ -67,9 +67,6 @@ class LineCursor {
   private:
     std::string_view rest_;
 };
-// The lines of a file by the same rule, or nothing when it cannot be read or holds more than
-// maxBytes.
-std::optional<std::vector<std::string>> fileLines(const QString& path, qint64 maxBytes);
 
 // ASCII letters in upper case; other bytes as they are.
 std::string upper(std::string s);

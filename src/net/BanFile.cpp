@@ -8,6 +8,11 @@ BanFileReading readBanFile(const QString& path) {
     BanFileReading reading;
     QFile file(path);
     if (!file.exists()) return reading;
+    // A pipe or a device in the file's place would block the server or never end.
+    if (!QFileInfo(path).isFile()) {
+        reading.error = "it is not a regular file";
+        return reading;
+    }
     if (!file.open(QIODevice::ReadOnly)) {
         reading.error = file.errorString();
         return reading;

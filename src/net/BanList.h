@@ -37,6 +37,8 @@ class BanList {
   public:
     // More would make every accept slow; an operator who needs more bans whole networks.
     static constexpr int kMaxBans = 1024;
+    // A reason longer than this is cut: the file keeps a ban a line, of at most 1,024 characters.
+    static constexpr int kMaxWhyChars = 200;
 
     // The ban in force on the address at `now`, or none.
     const Ban* find(const QHostAddress& address, const QDateTime& now) const;

@@ -4,6 +4,7 @@
 #include "basics/RuntimeError.h"
 #include "net/DescriptorLimit.h"
 
+#include <QElapsedTimer>
 #include <QTcpSocket>
 
 #include <algorithm>
@@ -13,6 +14,8 @@ namespace {
 // How long accepting rests when the process is out of descriptors.
 constexpr int kPauseMs = 250;
 constexpr int kAcceptsPerTurn = 30; // Qt's default maximum of pending connections
+// A host out of descriptors stays so for a while: told once a minute, not at every rest.
+constexpr qint64 kTellPauseEveryMs = 60'000;
 std::vector<Listener*> listeners;
 } // namespace
 
@@ -24,7 +27,7 @@ Listener::Listener(QObject* parent) : QObject(parent), server_(*this) {
     // over and over, every attempt failing: rest again instead.
     // A failed accept (out of descriptors after all, or a connection aborted before it was
     // taken) has the listener stop accepting for good: it rests like the others and resumes.
-    connect(&server_, &QTcpServer::acceptError, this, [] { pauseAll(); });
+    connect(&server_, &QTcpServer::acceptError, this, [this] { pauseAll(server_.errorString()); });
     connect(&resume_, &QTimer::timeout, this, [this] {
         if (!server_.isListening()) return;
         if (descriptors::roomToAccept()) {
@@ -83,7 +86,12 @@ void Listener::take(qintptr requestId) {
 }
 
 // Every port shares the process's descriptors: when one runs short, all of them rest.
-void Listener::pauseAll() {
+void Listener::pauseAll(const QString& why) {
+    static QElapsedTimer told;
+    if (!told.isValid() || told.elapsed() >= kTellPauseEveryMs) {
+        told.start();
+        qCWarning(lcAccess, "no connection is taken for %d ms: %s", kPauseMs, qUtf8Printable(why));
+    }
     for (Listener* listener : listeners) {
         if (!listener->server_.isListening()) continue;
         // Qt accepts in a loop until the system has no more connections waiting, pause or not;
@@ -96,7 +104,8 @@ void Listener::pauseAll() {
 }
 
 void Listener::raise(qintptr handle) {
-    if (descriptors::nearLimit(handle)) pauseAll();
+    if (descriptors::nearLimit(handle))
+        pauseAll("the server has nearly all the files and connections the system lets it hold open");
     raising_ = handle;
     emit connectionRequest(handle);
     if (raising_ == handle) {

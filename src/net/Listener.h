@@ -37,7 +37,7 @@ class Listener : public QObject {
         Listener& owner_;
     };
     void raise(qintptr handle);
-    static void pauseAll();
+    static void pauseAll(const QString& why);
     Server server_;
     QTimer resume_;
     qintptr raising_ = -1;

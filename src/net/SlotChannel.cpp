@@ -74,7 +74,7 @@ void SlotChannel::accept(qintptr requestId) {
     }
     ErrorTrap trap(logs_.errors, names_.connectionRequest);
     const int slot = lowestFreeSlot(slots_);
-    trap([&] { sockets_.load(slot); });
+    const bool loaded = trap([&] { sockets_.load(slot); });
     slots_[static_cast<size_t>(slot)] = true;
     ConnectionTerms terms;
     if (gate_) {
@@ -93,9 +93,12 @@ void SlotChannel::accept(qintptr requestId) {
         else
             qCInfo(lcAccess).noquote() << line;
     } else {
-        // Taken over by nobody: the slot is free again (the listener refuses the request).
-        if (sockets_.isLoaded(slot)) sockets_.unload(slot);
-        slots_[static_cast<size_t>(slot)] = false;
+        // Taken over by nobody: the slot is free again (the listener refuses the request). An
+        // element this call did not load is somebody's connection and stays.
+        if (loaded) {
+            sockets_.unload(slot);
+            slots_[static_cast<size_t>(slot)] = false;
+        }
     }
 }
 
@@ -203,6 +206,7 @@ void SlotChannel::serveArrival(int slot) {
     BroadcastPayer payer(*element, budgetRate());
     ::serveArrival(*element, logs_.errors, names_.parse,
                    [&](const Message& message) { handle(static_cast<int16_t>(slot), message, trap); });
+    sweepAfterLeave(slot, element);
 }
 
 // The peer has read what held its requests: the rest of its arrival is handled now.
@@ -213,6 +217,15 @@ void SlotChannel::resumeArrival(int slot) {
     BroadcastPayer payer(*element, budgetRate());
     ::resumeArrival(*element,
                     [&](const Message& message) { handle(static_cast<int16_t>(slot), message, trap); });
+    sweepAfterLeave(slot, element);
+}
+
+// The messages after a leave in the same write are still served (their answers go nowhere), and
+// may list the slot again (SIMEND, then ADDAIR): what they took for a connection that is gone is
+// let go when the write is over.
+void SlotChannel::sweepAfterLeave(int slot, const SocketElement* served) {
+    if (sockets_.find(slot) != served && departures_.leftovers)
+        departures_.leftovers(static_cast<int16_t>(slot));
 }
 
 void SlotChannel::handle(int16_t slot, const Message& message, ErrorTrap& trap) {

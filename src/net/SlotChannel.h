@@ -63,6 +63,8 @@ class SlotChannel {
     struct Departures {
         std::function<void(int16_t slot)> closed;
         std::function<void(int16_t slot)> failed;
+        // What messages after a leave in the same write took for the slot, let go.
+        std::function<void(int16_t slot)> leftovers;
     };
 
     // A channel with its own slot table, or one sharing a table that numbers something else too.
@@ -157,6 +159,7 @@ class SlotChannel {
     void serveArrival(int slot);
     void resumeArrival(int slot);
     void handle(int16_t slot, const Message& message, ErrorTrap& trap);
+    void sweepAfterLeave(int slot, const SocketElement* served);
     // A departure event of the slot's connection, with why it ended for the operator's log.
     void depart(int slot, const std::function<void(int16_t)>& departure, const QString& why);
 

@@ -58,7 +58,8 @@ const ChannelNames& PlayerSessions::channelNames() {
 
 void PlayerSessions::serveCommands() {
     channel_.serve(*this, kCommands,
-                   {[this](int16_t slot) { dropPlayer(slot); }, [this](int16_t slot) { dropPlayer(slot); }});
+                   {[this](int16_t slot) { dropPlayer(slot); }, [this](int16_t slot) { dropPlayer(slot); },
+                    [this](int16_t slot) { forgetPlayer(slot); }});
 }
 
 void PlayerSessions::relayPosition(std::string_view data, int16_t slot) {

@@ -61,11 +61,25 @@ void PlayerSessions::dropPlayer(int16_t slot) {
     if (!channel_.taken(slot)) return;
     ErrorTrap trap(logs_.errors, "DeletePlayer");
     channel_.release(slot, trap);
+    removePlayer(slot);
+}
+
+void PlayerSessions::removePlayer(int16_t slot) {
     const int removedPosition = roster_.removeWhere([&](const PlayerRecord& p) { return p.slot == slot; });
     showRoster();
     awacs_.sendToAwacs("DELCLT", text::number(slot));
     // Goes out even when the connection never registered, then as "0".
     sendToEveryPlayer("PLSDEL", text::number(removedPosition));
+}
+
+// VALEND, then VALIDR in the same write: a player listed for a connection that is gone leaves
+// as the first did.
+void PlayerSessions::forgetPlayer(int16_t slot) {
+    for (int i = 1; i <= roster_.ubound(); ++i)
+        if (roster_[i].slot == slot) {
+            removePlayer(slot);
+            return;
+        }
 }
 
 void PlayerSessions::sendPlayerList(int16_t slot) {

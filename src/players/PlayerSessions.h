@@ -44,6 +44,8 @@ class PlayerSessions : public PictureSource, public PlayerAudience {
     void addPlayer(std::string_view name, int16_t slot);
     // VALEND or the connection gone: the slot is freed and its records leave the roster.
     void dropPlayer(int16_t slot);
+    void removePlayer(int16_t slot);
+    void forgetPlayer(int16_t slot);
     void sendPlayerList(int16_t slot);
     // "OK" marks "O", "NOK" marks "X", "?" marks "-".
     void markVerification(std::string_view verdict, int16_t slot);

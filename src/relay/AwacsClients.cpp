@@ -41,7 +41,8 @@ AwacsClients::AwacsClients(SlotChannel& channel, RunLogs logs, StatusDisplay& di
                         channel_.letGoLater(
                             slot, kDeadListingMs,
                             QString("its connection had failed %1 s before").arg(kDeadListingMs / 1000));
-                    }});
+                    },
+                    [this](int16_t slot) { forgetClient(slot); }});
 }
 
 void AwacsClients::connect(std::vector<const PictureSource*> sources, PlayerAudience& audience) {
@@ -77,6 +78,11 @@ void AwacsClients::dropClient(int16_t slot) {
     channel_.release(slot, trap);
     listed_.removeWhere([&](int16_t listedSlot) { return listedSlot == slot; });
     showCount();
+}
+
+// AWAEND, then NAWACS in the same write: a listing for a connection that is gone.
+void AwacsClients::forgetClient(int16_t slot) {
+    if (listed_.removeWhere([&](int16_t listedSlot) { return listedSlot == slot; }) > 0) showCount();
 }
 
 // The counter's text is what AWANUM carries.

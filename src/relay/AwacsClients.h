@@ -29,6 +29,7 @@ class AwacsClients {
     void addClient(int16_t slot);
     // AWAEND or the connection closed: the slot is freed and the client no longer listed.
     void dropClient(int16_t slot);
+    void forgetClient(int16_t slot);
 
     // The relays to every registered client, one message per report and client: a player's
     // F4LOCA (the whole payload under the player's slot) and converted AI Spy text.

@@ -51,9 +51,10 @@ const ChannelNames& SimClients::channelNames() {
 SimClients::SimClients(SlotChannel& channel, SlotTable& airplaneNumbers, AwacsClients& awacs, RunLogs logs,
                        StatusDisplay& display)
     : channel_(channel), airplaneNumbers_(airplaneNumbers), awacs_(awacs), logs_(logs), display_(display) {
-    channel_.serve(
-        *this, kCommands,
-        {[this](int16_t slot) { dropSimulator(slot); }, [this](int16_t slot) { dropSimulator(slot); }});
+    channel_.serve(*this, kCommands,
+                   {[this](int16_t slot) { dropSimulator(slot); },
+                    [this](int16_t slot) { dropSimulator(slot); },
+                    [this](int16_t slot) { forgetSimulator(slot); }});
 }
 
 void SimClients::reset() {
@@ -62,7 +63,11 @@ void SimClients::reset() {
     channel_.reset();
 }
 
+// A number goes back once. A place found by position can hold a number that another simulator's
+// connection took, and that number may be given back before the place lets go of it: by then the
+// slot may be a player's, which a second give-back would free under it.
 void SimClients::giveBack(int16_t number) {
+    if (number < 1 || number > kMaxSlot || numberTakenBy_[static_cast<size_t>(number)] == 0) return;
     slotFlag(airplaneNumbers_, number) = false;
     numberTakenBy_[static_cast<size_t>(number)] = 0;
 }
@@ -168,16 +173,26 @@ void SimClients::dropSimulator(int16_t slot) {
                 if (airplanes[j] != 0) awacs_.sendTo("DELCLT", text::number(airplanes[j]), clients[k]);
                 giveBack(airplanes[j]);
             });
-    // Every other number this connection took goes back too, unannounced as it always was: those
-    // of a simulator that left with no AWACS client listed, of places that a second ADDAIR
-    // overwrote, and of ADDAIRs for places it does not have (taken before the place was looked
-    // up). Kept, they would keep players out until the program ends.
-    for (int16_t n = 1; n <= kMaxSlot; ++n)
-        if (numberTakenBy_[static_cast<size_t>(n)] == slot) giveBack(n);
-
+    giveBackNumbersOf(slot);
     channel_.release(slot, trap);
     simulators_.removeWhere([&](const SimRecord& sim) { return sim.slot == slot; });
     showCount();
+}
+
+// Every other number this connection took goes back too, unannounced as it always was: those
+// of a simulator that left with no AWACS client listed, of places that a second ADDAIR
+// overwrote, and of ADDAIRs for places it does not have (taken before the place was looked
+// up). Kept, they would keep players out until the program ends.
+void SimClients::giveBackNumbersOf(int16_t slot) {
+    for (int16_t n = 1; n <= kMaxSlot; ++n)
+        if (numberTakenBy_[static_cast<size_t>(n)] == slot) giveBack(n);
+}
+
+// SIMEND, then SIMNEW or ADDAIR in the same write: records and numbers for a connection that
+// is gone.
+void SimClients::forgetSimulator(int16_t slot) {
+    giveBackNumbersOf(slot);
+    if (simulators_.removeWhere([&](const SimRecord& sim) { return sim.slot == slot; }) > 0) showCount();
 }
 
 void SimClients::announceTo(const Announce& announce) const {

@@ -60,6 +60,8 @@ class SimClients : public PictureSource {
     void showCount();
     // An airplane number is free again, whoever took it.
     void giveBack(int16_t number);
+    void giveBackNumbersOf(int16_t slot);
+    void forgetSimulator(int16_t slot);
 
     SlotChannel& channel_;
     SlotTable& airplaneNumbers_;

@@ -38,6 +38,15 @@ void AccessControl::apply() {
 
 void AccessControl::readBanFile() {
     const QString path = banFile();
+    // Bans and unbans that could not be saved are the newer word: the file would undo them.
+    if (unsaved_) {
+        qCWarning(lcAccess,
+                  "the bans in force differ from %s, which could not be written: they stay, and "
+                  "are written again",
+                  qUtf8Printable(path));
+        saveBans();
+        return;
+    }
     const BanFileReading reading = ::readBanFile(path);
     if (!reading.error.isEmpty()) {
         qCWarning(lcAccess, "the ban file %s cannot be read (%s): the bans in force stay",
@@ -54,14 +63,14 @@ void AccessControl::readBanFile() {
     if (!gate_.bans().entries().isEmpty())
         qCInfo(lcAccess, "%lld bans in force (%s)", static_cast<long long>(gate_.bans().entries().size()),
                qUtf8Printable(path));
-    banFileRead_ = path;
 }
 
 QString AccessControl::saveBans() {
     gate_.bans().dropExpired(QDateTime::currentDateTimeUtc());
     const QString path = banFile();
     const QString error = writeBanFile(path, gate_.bans().entries());
-    if (!error.isEmpty())
+    unsaved_ = !error.isEmpty();
+    if (unsaved_)
         qCWarning(lcAccess, "the ban file %s cannot be written (%s): the bans hold until the server stops",
                   qUtf8Printable(path), qUtf8Printable(error));
     return error;
@@ -104,8 +113,13 @@ AccessControl::BanOutcome AccessControl::ban(const Network& network, const QDate
     // Whole seconds, as the file keeps them.
     QDateTime end = until.isValid() ? until.toUTC() : QDateTime();
     if (end.isValid()) end = end.addMSecs(-end.time().msec());
-    outcome.added = gate_.bans().add({network, end, why});
-    if (!outcome.added) return outcome;
+    gate_.bans().dropExpired(QDateTime::currentDateTimeUtc());
+    outcome.added = gate_.bans().add({network, end, why.left(BanList::kMaxWhyChars)});
+    if (!outcome.added) {
+        qCWarning(lcAccess, "%s not banned: the ban list is full (%d bans)",
+                  qUtf8Printable(networkText(network)), BanList::kMaxBans);
+        return outcome;
+    }
     qCInfo(lcAccess, "%s banned %s%s", qUtf8Printable(networkText(network)),
            end.isValid() ? qUtf8Printable("until " + end.toString(Qt::ISODate)) : "for good",
            why.isEmpty() ? "" : qUtf8Printable(" (" + why + ")"));

@@ -56,5 +56,5 @@ class AccessControl {
 
     Server& server_;
     AccessGate gate_;
-    QString banFileRead_;
+    bool unsaved_ = false; // the last save failed: the file does not hold the bans in force
 };

@@ -14,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocalSocket>
+#include <QPointer>
 #include <QTimer>
 
 namespace {
@@ -114,7 +115,11 @@ void ControlChannel::serve(QLocalSocket* socket) {
         for (const QJsonValue& word : request["words"].toArray())
             words << word.toString();
         const QByteArray content = QByteArray::fromBase64(request["content"].toString().toLatin1());
+        // A message box the command raises (a setup file missing on reload) runs a loop of its
+        // own, in which the request's timer may end the socket.
+        const QPointer<QLocalSocket> asker(socket);
         const ControlAnswer reply = answer(words, content);
+        if (!asker) return;
         QJsonObject json{{"status", reply.status}, {"out", reply.out}, {"err", reply.err}};
         socket->write(QJsonDocument(json).toJson(QJsonDocument::Compact) + "\n");
         socket->flush();

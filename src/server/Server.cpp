@@ -142,6 +142,7 @@ QStringList Server::reload(const QString& why) {
     // A log file moved away (logrotate) is reopened first, so that this reload is told in the new one.
     operator_log::reopenFile();
     qCInfo(lcRun, "reloading (%s)", qUtf8Printable(why));
+    operator_log::tellFileError();
     if (!settingsPath_.isEmpty()) {
         const SettingsReading reading = readServerSettings(settingsPath_, settingsRequired_, appDir_);
         for (const QString& warning : reading.warnings)
@@ -160,6 +161,7 @@ QStringList Server::reload(const QString& why) {
             settingsRead_ = reading;
             setups_->setLimits(settings_.files);
             emit settingsChanged(settings_);
+            operator_log::tellFileError();
         }
     }
     // The ban file is read again whether or not the settings changed: an operator's edit of it

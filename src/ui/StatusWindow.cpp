@@ -141,16 +141,22 @@ void StatusWindow::openPlayerMenu(const QPoint& where) {
     QTreeWidgetItem* row = playerTree_->itemAt(where);
     if (!row || !server_) return;
     menuSlot_ = row->data(0, Qt::UserRole).toInt();
+    menuConnection_ = server_->playerChannel().sockets().find(menuSlot_);
     playerMenu_->popup(playerTree_->viewport()->mapToGlobal(where));
 }
 
+SocketElement* StatusWindow::chosenConnection() const {
+    if (!server_ || menuSlot_ <= 0 || !menuConnection_) return nullptr;
+    SocketElement* now = server_->playerChannel().sockets().find(menuSlot_);
+    return now == menuConnection_ ? now : nullptr;
+}
+
 void StatusWindow::onKick() {
-    if (server_ && menuSlot_ > 0) server_->access().kick({PortRole::Players, menuSlot_});
+    if (chosenConnection()) server_->access().kick({PortRole::Players, menuSlot_});
 }
 
 void StatusWindow::onBanAddress() {
-    if (!server_ || menuSlot_ <= 0) return;
-    const SocketElement* connection = server_->playerChannel().sockets().find(menuSlot_);
+    const SocketElement* connection = chosenConnection();
     if (!connection || connection->peerHost().isNull()) return;
     const QHostAddress address = connection->peerHost();
     const int whole = address.protocol() == QAbstractSocket::IPv6Protocol ? 128 : 32;

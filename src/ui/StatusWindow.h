@@ -7,6 +7,8 @@
 
 #include <memory>
 
+class SocketElement;
+
 class Server;
 class TrayIcon;
 class SetupWizard;
@@ -69,7 +71,11 @@ class StatusWindow : public QMainWindow, public StatusDisplay {
     QLabel* playersLabel_;
     QTreeWidget* playerTree_;
     QMenu* playerMenu_;
-    int menuSlot_ = 0; // the slot of the row the player menu was opened on
+    // The row the player menu was opened on: its slot, and the connection in it then. A click
+    // after that player left must not reach whoever took the slot since.
+    int menuSlot_ = 0;
+    QPointer<SocketElement> menuConnection_;
+    SocketElement* chosenConnection() const;
     QLabel* awacsLabel_;
     QLineEdit* awacsCount_;
     QLabel* simLabel_;

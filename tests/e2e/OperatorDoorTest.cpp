@@ -129,6 +129,21 @@ TEST(OperatorDoor, ABanFileThatIsALinkIsNotWrittenThrough) {
     EXPECT_THAT(run.err, HasSubstr("could not be written"));
     EXPECT_EQ(readFile(target).toStdString(), "precious\n");
     EXPECT_THAT(runCommandLine(ts.dir(), {"bans"}).out, HasSubstr("192.0.2.0/24")); // it holds all the same
+    // A reload does not take the file's word over the bans it could not keep.
+    EXPECT_EQ(runCommandLine(ts.dir(), {"reload"}).status, 0);
+    EXPECT_THAT(runCommandLine(ts.dir(), {"bans"}).out, HasSubstr("192.0.2.0/24"));
+    EXPECT_EQ(readFile(target).toStdString(), "precious\n");
+
+    // Once the file can be written, a ban with a reason longer than a line of it is kept whole
+    // across a reload, its reason cut.
+    ASSERT_TRUE(QFile::remove(ts.path("tessark-server.bans")));
+    const QString longWhy(2000, QChar('w'));
+    EXPECT_EQ(runCommandLine(ts.dir(), {"ban", "198.51.100.7", "--why", longWhy}).status, 0);
+    EXPECT_EQ(runCommandLine(ts.dir(), {"reload"}).status, 0);
+    const QString bans = QString::fromStdString(runCommandLine(ts.dir(), {"bans"}).out);
+    EXPECT_TRUE(bans.contains("198.51.100.7")) << bans.toStdString();
+    EXPECT_TRUE(bans.contains("192.0.2.0/24"));
+    EXPECT_FALSE(bans.contains(longWhy));
 }
 #endif
 

@@ -89,6 +89,52 @@ TEST_F(SlotLeaks, NumbersASimConnectionTookComeBackWhenItEnds) {
         EXPECT_TRUE(numberTaken(2));
         EXPECT_TRUE(second.isConnected());
     }
+    ASSERT_TRUE(pumpUntil([&] { return numbersTaken() == 1; }));
+
+    // What follows a leave in the same write is served, and what it took for the gone connection
+    // is let go when the write is over: numbers, simulators, AWACS listings, players.
+    {
+        Peer sim(ts_.simPort());
+        sim.sendRaw(batch({"SIMNEW", "SIMEND", "SIMNEW"}) + repeated("ADDAIR1", 48));
+        Peer awacsThatLeaves(ts_.awacsPort());
+        awacsThatLeaves.sendRaw(batch({"AWAEND", "NAWACS"}));
+        Peer playerThatLeaves(ts_.playerPort());
+        playerThatLeaves.sendRaw(batch({"VALEND", "VALIDR"}));
+        waitUntilGone(server().simChannel());
+        EXPECT_TRUE(pumpUntil([&] { return server().awacsChannel().sockets().loadedIndices().size() == 1; }));
+        EXPECT_TRUE(
+            pumpUntil([&] { return server().playerChannel().sockets().loadedIndices().size() == 1; }));
+    }
+    EXPECT_EQ(numbersTaken(), 1);
+    EXPECT_EQ(simsListed(), 0);
+    EXPECT_EQ(awacsListed(), 1);
+    EXPECT_EQ(server().players().roster().ubound(), 1);
+
+    // Simulators announced out of their slots' order: the first connection's ADDAIR lands in the
+    // second's record (found by position). The number goes back once, when the connection that
+    // took it leaves; the record that still shows it gives nothing back later, so the player
+    // who has that number since keeps it, and the next player gets a number of their own.
+    {
+        Peer first(ts_.simPort());
+        auto second = announcedSim("OWL", 1);
+        first.send("SIMNEW", "HAWK@1");
+        ASSERT_TRUE(pumpUntil([&] { return simsListed() == 2; }));
+        first.send("ADDAIR1");
+        ASSERT_TRUE(pumpUntil([&] { return numberTaken(2); }));
+        first.close();
+        ASSERT_TRUE(pumpUntil([&] { return !numberTaken(2); }));
+        Peer holder(ts_.playerPort());
+        holder.send("VALIDR", "HOLDER");
+        EXPECT_THAT(holder.takeTexts(1), ElementsAre("PLSNEW2@HOLDER@@-"));
+        second->close();
+        waitUntilGone(server().simChannel());
+        EXPECT_TRUE(numberTaken(2));
+        Peer next(ts_.playerPort());
+        next.send("VALIDR", "NEXT");
+        EXPECT_THAT(next.takeTexts(1), ElementsAre("PLSNEW3@NEXT@@-"));
+        EXPECT_TRUE(holder.isConnected());
+        EXPECT_TRUE(server().playerChannel().taken(2));
+    }
     EXPECT_EQ(ts_.endsOfProgram(), 0);
 }
 

@@ -139,5 +139,25 @@ TEST_F(StatusWindowTest, KickFromAPlayersRowEndsItsConnectionAsALeave) {
     EXPECT_EQ(tree->topLevelItem(0)->text(0), "Hawk ()");
     EXPECT_EQ(server_->refusalCounts().value("players/kicked"), 1);
     EXPECT_TRUE(hawk.isConnected());
+
+    // The menu stays open while Hawk leaves and a newcomer takes the slot: "Kick" then kicks
+    // nobody, least of all the newcomer.
+    const QPoint hawkRow = tree->visualItemRect(tree->topLevelItem(0)).center();
+    QContextMenuEvent again(QContextMenuEvent::Mouse, hawkRow, tree->viewport()->mapToGlobal(hawkRow));
+    QApplication::sendEvent(tree->viewport(), &again);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return menu->isVisible(); }));
+    Peer filler(server_->ports().players); // takes Viper's slot
+    filler.send("VALIDR", "Filler");
+    ASSERT_TRUE(pumpUntil([&] { return server_->playerChannel().taken(1); }));
+    hawk.close();
+    ASSERT_TRUE(pumpUntil([&] { return !server_->playerChannel().taken(2); }));
+    Peer owl(server_->ports().players);
+    owl.send("VALIDR", "Owl");
+    ASSERT_TRUE(pumpUntil([&] { return server_->playerChannel().taken(2); }));
+    QTest::keyClick(menu, Qt::Key_K);
+    owl.settle(100ms);
+    EXPECT_TRUE(owl.isConnected());
+    EXPECT_TRUE(filler.isConnected());
+    EXPECT_EQ(server_->refusalCounts().value("players/kicked"), 1);
     EXPECT_EQ(ended_, 0);
 }
