@@ -1,6 +1,7 @@
 #include "basics/SettingsFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -51,6 +52,11 @@ SettingsText parseSettingsText(const QByteArray& bytes) {
 
 std::optional<SettingsText> readSettingsFile(const QString& path, QString* error) {
     QFile file(path);
+    // A pipe or a device in the file's place would block the server or never end.
+    if (file.exists() && !QFileInfo(path).isFile()) {
+        if (error) *error = "not a regular file";
+        return std::nullopt;
+    }
     if (!file.open(QIODevice::ReadOnly)) {
         if (error) *error = file.errorString();
         return std::nullopt;

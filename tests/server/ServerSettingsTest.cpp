@@ -7,6 +7,10 @@
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 
+#ifndef Q_OS_WIN
+#include <sys/stat.h>
+#endif
+
 using ::testing::HasSubstr;
 
 namespace {
@@ -83,4 +87,12 @@ TEST(ServerSettings, ValuesAreReadAsOperatorsWriteThemAndMistakesNameTheirLine) 
     ASSERT_EQ(needRestart.size(), 1);
     EXPECT_THAT(needRestart.front().toStdString(), HasSubstr("[listen] players"));
     EXPECT_TRUE(settingsNeedingRestart(running, running).isEmpty());
+
+#ifndef Q_OS_WIN
+    // A pipe in the file's place is refused, not waited on.
+    const QString pipe = dir.filePath("pipe.conf");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    reading = readServerSettings(pipe, true, dir.path() + "/");
+    EXPECT_THAT(reading.errors.join('\n').toStdString(), HasSubstr("not a regular file"));
+#endif
 }
