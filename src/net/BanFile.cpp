@@ -1,8 +1,11 @@
 #include "net/BanFile.h"
 
+#include "basics/CappedRead.h"
+#include "basics/RuntimeError.h"
+#include "basics/WholeFile.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 BanFileReading readBanFile(const QString& path) {
     BanFileReading reading;
@@ -26,17 +29,10 @@ BanFileReading readBanFile(const QString& path) {
 }
 
 QString writeBanFile(const QString& path, const QList<Ban>& bans) {
-    // A saved file replaces the name it was given; one that is a link would have its target
-    // written instead, wherever that is.
-    if (QFileInfo(path).isSymLink()) return "it is a symbolic link; the server writes no file through one";
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) return file.errorString();
-    const QByteArray text = formatBans(bans);
-    if (file.write(text) != text.size()) {
-        const QString why = file.errorString();
-        file.cancelWriting();
-        return why;
+    try {
+        writeWholeFile(path, bytesView(formatBans(bans)));
+    } catch (const RuntimeError& e) {
+        return QString::fromStdString(e.description());
     }
-    if (!file.commit()) return file.errorString();
     return {};
 }

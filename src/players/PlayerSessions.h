@@ -44,8 +44,6 @@ class PlayerSessions : public PictureSource, public PlayerAudience {
     void addPlayer(std::string_view name, int16_t slot);
     // VALEND or the connection gone: the slot is freed and its records leave the roster.
     void dropPlayer(int16_t slot);
-    void removePlayer(int16_t slot);
-    void forgetPlayer(int16_t slot);
     void sendPlayerList(int16_t slot);
     // "OK" marks "O", "NOK" marks "X", "?" marks "-".
     void markVerification(std::string_view verdict, int16_t slot);
@@ -72,6 +70,10 @@ class PlayerSessions : public PictureSource, public PlayerAudience {
     void announceTo(const Announce& announce) const override;
 
   private:
+    // The slot's records leave the roster, and everyone hears it.
+    void removePlayer(int16_t slot);
+    // What a VALIDR after VALEND in the same write listed (the channel's leftovers).
+    void forgetPlayer(int16_t slot);
     void serveCommands();
     void showRoster();
     // Position "@" name "@" setup name "@" mark, as PLSNEW, PLSUPD and PLSADD carry it.

@@ -29,7 +29,6 @@ class AwacsClients {
     void addClient(int16_t slot);
     // AWAEND or the connection closed: the slot is freed and the client no longer listed.
     void dropClient(int16_t slot);
-    void forgetClient(int16_t slot);
 
     // The relays to every registered client, one message per report and client: a player's
     // F4LOCA (the whole payload under the player's slot) and converted AI Spy text.
@@ -56,6 +55,8 @@ class AwacsClients {
     const VbList<int16_t>& listed() const { return listed_; }
 
   private:
+    // What a NAWACS after AWAEND in the same write listed (the channel's leftovers).
+    void forgetClient(int16_t slot);
     void showCount();
 
     SlotChannel& channel_;
