@@ -33,17 +33,6 @@ QJsonObject setupJson(int n, const SetupRecord& setup) {
     return json;
 }
 
-// A setup file's name line, checked as a file name; the command line's FILE names it.
-QString targetOf(const QString& programDir, const std::string& name, const QString& file) {
-    try {
-        return setupFilePath(programDir, name);
-    } catch (const RuntimeError&) {
-        throw UsageError{"the name line of " + file + ", \"" + text::printable(name) +
-                         "\", cannot be a file name (it holds one of \\ / : * ? \" < > | or a control "
-                         "character, or is a name Windows keeps for a device, such as CON, NUL or COM1)"};
-    }
-}
-
 } // namespace
 
 int listSetups(const QStringList& arguments, SetupCatalogue& catalogue, QTextStream& out) {

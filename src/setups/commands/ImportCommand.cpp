@@ -3,7 +3,6 @@
 // line as the wizard's import does.
 #include "basics/CappedRead.h"
 #include "basics/Text.h"
-#include "setups/authoring/SetupFileBuilder.h"
 #include "setups/commands/SubCommands.h"
 
 #include <QFile>
@@ -28,14 +27,7 @@ int importSetup(const QStringList& arguments, CatalogueAccess& catalogue, QTextS
     if (!text::LineCursor(bytesView(content)).next(name))
         throw UsageError{file + " is empty: its first line must be the setup's name"};
     // What the import would refuse part-way, refused before anything is sent.
-    QString target;
-    try {
-        target = setupFilePath(catalogue.programDir(), std::string(name));
-    } catch (const RuntimeError&) {
-        throw UsageError{"the name line of " + file + ", \"" + text::printable(name) +
-                         "\", cannot be a file name (it holds one of \\ / : * ? \" < > | or a control "
-                         "character, or is a name Windows keeps for a device, such as CON, NUL or COM1)"};
-    }
+    const QString target = targetOf(catalogue.programDir(), std::string(name), file);
     // A file that already lies beside the program under its name is catalogued, not copied.
     const QFileInfo existing(target);
     const bool inPlace = existing.exists() && existing.canonicalFilePath() == chosen.canonicalFilePath();

@@ -3,6 +3,7 @@
 #include "basics/RuntimeError.h"
 #include "basics/Text.h"
 #include "setups/SetupCatalogue.h"
+#include "setups/authoring/SetupFileBuilder.h"
 #include "setups/commands/SubCommands.h"
 
 #include <QCommandLineParser>
@@ -68,6 +69,16 @@ FalconInstallation chosenInstallation(const QCommandLineParser& parser) {
     if (parser.isSet("theater")) falcon.theater = parser.value("theater").toLatin1().toStdString();
     chooseConfigFile(falcon);
     return falcon;
+}
+
+QString targetOf(const QString& programDir, const std::string& name, const QString& file) {
+    try {
+        return setupFilePath(programDir, name);
+    } catch (const RuntimeError&) {
+        throw UsageError{"the name line of " + file + ", \"" + text::printable(name) +
+                         "\", cannot be a file name (it holds one of \\ / : * ? \" < > | or a control "
+                         "character, or is a name Windows keeps for a device, such as CON, NUL or COM1)"};
+    }
 }
 
 QString shownPath(const std::string& windowsPath) {

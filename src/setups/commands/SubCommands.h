@@ -44,6 +44,10 @@ void addInstallationOptions(QCommandLineParser& parser);
 // is none.
 FalconInstallation chosenInstallation(const QCommandLineParser& parser);
 
+// The path a setup file takes from its name line, which must make a file name; the command
+// line's FILE names the file in the message.
+QString targetOf(const QString& programDir, const std::string& name, const QString& file);
+
 // An installation's path as the operator knows it: "C:\Falcon4\" as the registry names it, a
 // folder named with --installation as the local file system does.
 QString shownPath(const std::string& windowsPath);
