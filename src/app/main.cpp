@@ -114,11 +114,7 @@ int main(int argc, char* argv[]) {
     const SettingsReading settings = readServerSettings(settingsPath, settingsNamed, programDir.dir);
     operator_log::install(logOptions(settings.settings, programDir.dir));
     operator_log::tellFileError();
-    for (const QString& warning : settings.warnings)
-        qCWarning(lcRun, "%s", qUtf8Printable(warning));
-    if (!settings.ok()) {
-        for (const QString& error : settings.errors)
-            qCCritical(lcRun, "%s", qUtf8Printable(error));
+    if (!settings.tell()) {
         qCCritical(lcRun, "not started: the settings must be mended first");
         if (!headless)
             QMessageBox::critical(nullptr, kProgramTitle,

@@ -145,11 +145,7 @@ QStringList Server::reload(const QString& why) {
     operator_log::tellFileError();
     if (!settingsPath_.isEmpty()) {
         const SettingsReading reading = readServerSettings(settingsPath_, settingsRequired_, appDir_);
-        for (const QString& warning : reading.warnings)
-            qCWarning(lcRun, "%s", qUtf8Printable(warning));
-        if (!reading.ok()) {
-            for (const QString& error : reading.errors)
-                qCCritical(lcRun, "%s", qUtf8Printable(error));
+        if (!reading.tell()) {
             qCWarning(lcRun, "the settings were not changed");
             errors = reading.errors;
         } else {

@@ -186,3 +186,11 @@ QStringList settingsNeedingRestart(const ServerSettings& running, const ServerSe
     }
     return changed;
 }
+
+bool SettingsReading::tell() const {
+    for (const QString& warning : warnings)
+        qCWarning(lcRun, "%s", qUtf8Printable(warning));
+    for (const QString& error : errors)
+        qCCritical(lcRun, "%s", qUtf8Printable(error));
+    return ok();
+}

@@ -40,6 +40,8 @@ struct SettingsReading {
     QStringList warnings; // "FILE line N: ..."
     QStringList errors;
     bool ok() const { return errors.isEmpty(); }
+    // The warnings and the errors, each a line of the operator's log; ok().
+    bool tell() const;
 };
 
 // Reads the settings at `path`. A missing file is no error unless it was named by the operator

@@ -1,5 +1,6 @@
 // Replays the kept fuzz corpus through the fuzz targets' checks, so every build runs the
 // inputs that once found new paths without needing the fuzzer itself.
+#include "fuzz/AccessFuzzChecks.h"
 #include "fuzz/FileFuzzChecks.h"
 #include "fuzz/FuzzChecks.h"
 
@@ -32,6 +33,9 @@ TEST(FuzzCorpusReplay, FilesAndNumbers) {
     replay("setup_file", fuzzchecks::setupFile);
     replay("tessark_ini", fuzzchecks::iniFile);
     replay("leading_number", fuzzchecks::leadingNumber);
+}
+TEST(FuzzCorpusReplay, BanFile) {
+    replay("ban_file", fuzzchecks::banFile);
 }
 
 } // namespace
