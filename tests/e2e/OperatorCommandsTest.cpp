@@ -8,6 +8,9 @@
 #include "support/Peer.h"
 #include "support/TestServer.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -76,6 +79,32 @@ TEST(OperatorCommands, StatusShowsThePlayersMarksSetupsGoThroughTheServerAndExit
     EXPECT_TRUE(alpha.waitFor(1));
     EXPECT_EQ(alpha.inbox().back().text(), "DISCON");
     EXPECT_EQ(runCommandLine(ts.dir(), {"status"}).status, 3);
+}
+
+// A name is whatever a stranger sent: on the operator's terminal it must not rewrite the lines
+// above (CR, cursor moves), retitle the window or write the clipboard (OSC 52).
+TEST(OperatorCommands, StatusShowsAPeersControlBytesEscapedAndJsonKeepsTheNameWhole) {
+    TestServer ts{kIniLogOff};
+    const std::string name =
+        "Mallory\r\x1b[1A\x1b[2Kverified     Boss\x1b]0;owned\x07\x1b]52;c;cm0gLXJm\x07\x7f";
+    Peer mallory(ts.playerPort());
+    mallory.send("VALIDR", name);
+    mallory.take(1);
+
+    const CommandLineRun text = runCommandLine(ts.dir(), {"status"});
+    ASSERT_EQ(text.status, 0) << text.err;
+    for (char c : text.out)
+        EXPECT_TRUE(c == '\n' || (static_cast<unsigned char>(c) >= 0x20 && c != 0x7f))
+            << "raw byte " << static_cast<int>(static_cast<unsigned char>(c)) << " in:\n"
+            << text.out;
+    EXPECT_THAT(text.out, HasSubstr("Mallory\\x0d\\x1b[1A\\x1b[2Kverified"));
+
+    const CommandLineRun json = runCommandLine(ts.dir(), {"status", "--json"});
+    ASSERT_EQ(json.status, 0) << json.err;
+    EXPECT_EQ(json.out.find('\x1b'), std::string::npos);
+    const QJsonArray players = QJsonDocument::fromJson(json.out.c_str()).object()["players"].toArray();
+    ASSERT_EQ(players.size(), 1);
+    EXPECT_EQ(players[0].toObject()["name"].toString().toStdString(), name);
 }
 
 TEST(OperatorCommands, WithNoServerStatusSaysSoAndSetupsWorkOnTheDirectory) {
